@@ -1,0 +1,282 @@
+// The one object every user action goes through. It owns the board, the style, the zoom and all
+// transient interface state, runs the once-a-second tick and the debounced save, and keeps undo
+// and toasts consistent. Views and the terminal read its state and call its operations; nothing
+// else changes the board. Every published field has a change signal; the tick changes only
+// DisplayTick, so only the time displays repaint once a second.
+#pragma once
+
+#include "board.h"
+#include "services.h"
+#include "styleid.h"
+#include "timeedit.h"
+#include "undoentry.h"
+
+#include <QHash>
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+#include <QUuid>
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <variant>
+
+namespace tock {
+
+class Store;
+class UndoManager;
+class ShellHistory;
+struct ShellCommand;
+
+// The storage banner.
+struct StorageNotice {
+    struct Recovered {
+        QString from; // the backup's file name, e.g. "timers-2.json"
+        bool operator==(const Recovered &) const = default;
+    };
+    struct Unreadable {
+        QStringList reasons;
+        bool operator==(const Unreadable &) const = default;
+    };
+    struct SaveFailed {
+        QString message;
+        bool operator==(const SaveFailed &) const = default;
+    };
+    std::variant<Recovered, Unreadable, SaveFailed> value;
+
+    static StorageNotice recovered(QString from) { return {Recovered{std::move(from)}}; }
+    static StorageNotice unreadable(QStringList reasons) { return {Unreadable{std::move(reasons)}}; }
+    static StorageNotice saveFailed(QString message) { return {SaveFailed{std::move(message)}}; }
+    bool isSaveFailed() const { return std::holds_alternative<SaveFailed>(value); }
+
+    QString title() const;  // "Restored from backup", ...
+    QString detail() const; // the banner's detail line
+
+    bool operator==(const StorageNotice &) const = default;
+};
+
+// The transient undo message shown after a reset or deletion.
+struct Toast {
+    QUuid id;        // fresh per toast
+    UndoEntry entry; // what the undo button reverts
+    QUuid token;     // the undo step registered for the same action
+    bool operator==(const Toast &) const = default;
+};
+
+// The shared redraw signal of the running time displays.
+class DisplayTick : public QObject {
+    Q_OBJECT
+public:
+    using QObject::QObject;
+    qint64 tick() const { return tick_; }
+    void advance()
+    {
+        ++tick_;
+        Q_EMIT tickChanged(tick_);
+    }
+Q_SIGNALS:
+    void tickChanged(qint64 tick);
+
+private:
+    qint64 tick_ = 0;
+};
+
+// The text shown when recovery could not archive the damaged file.
+QString archiveFailedMessage();
+
+class AppModel : public QObject {
+    Q_OBJECT
+public:
+    static constexpr double revealWidth = 84;
+    static constexpr std::array<double, 9> zoomSteps{0.7, 0.8, 0.9, 1.0, 1.1, 1.25, 1.4, 1.6, 1.8};
+    static constexpr double defaultZoom = 0.8;
+
+    // `store` may be null (screenshots, checks, tests): then nothing ticks, saves or writes
+    // settings, and the zoom is 1.0. `style` is an explicit override.
+    AppModel(std::shared_ptr<Store> store, Board board, std::optional<StyleID> style,
+             std::optional<StorageNotice> notice, Services services, QObject *parent = nullptr);
+    ~AppModel() override;
+
+    // Published state.
+    const Board &board() const { return board_; }
+    StyleID style() const { return style_; }
+    double zoom() const { return zoom_; }
+    double screenHeight() const { return screenHeight_; }
+    std::optional<QUuid> editingID() const { return editingID_; }
+    std::optional<QUuid> hoveredID() const { return hoveredID_; }
+    std::optional<QUuid> swipeID() const { return swipeID_; }
+    double swipeOffset() const { return swipeOffset_; }
+    std::optional<QUuid> revealedID() const { return revealedID_; }
+    std::optional<QUuid> nameFocusID() const { return nameFocusID_; }
+    const std::optional<TimeEditDraft> &draft() const { return draft_; }
+    bool styleMenuOpen() const { return styleMenuOpen_; }
+    const std::optional<Toast> &toast() const { return toast_; }
+    const std::optional<StorageNotice> &notice() const { return notice_; }
+    const QString &promptText() const { return promptText_; }
+    qsizetype promptCaret() const { return promptCaret_; }
+    const QStringList &shellOutput() const { return shellOutput_; }
+    bool shellOutputIsError() const { return shellOutputIsError_; }
+    bool isEditingName() const { return isEditingName_; }
+
+    // Plain state.
+    Instant now() const { return now_; }
+    DisplayTick *displayTick() const { return clock_; }
+    Store *store() const { return store_.get(); }
+    UndoManager *undoManager() const { return undoManager_.data(); }
+    bool windowVisible() const { return windowVisible_; }
+    Instant lastSave() const { return lastSave_; }
+    const ShellHistory &history() const { return *history_; }
+    bool isTicking() const { return tickTask_ != 0; }
+    // The whole second a running timer's display shows, if still valid for that timer.
+    std::optional<int64_t> shownValue(const QUuid &id) const;
+
+    // Setters for state the views and the delegate own. Each notifies only on change.
+    void setStyle(StyleID style);      // writes "style" when there is a store
+    void setZoom(double zoom);         // writes "zoom" when there is a store
+    void setScreenHeight(double height);
+    void setHoveredID(std::optional<QUuid> id);
+    void setNameFocusID(std::optional<QUuid> id);
+    void setStyleMenuOpen(bool open);
+    void setIsEditingName(bool editing);
+    void setWindowVisible(bool visible);
+    void setUndoManager(UndoManager *manager); // held weakly
+    void setOnExit(std::function<void()> action);
+    // The mask view edits the open draft through this; ignored when no edit is open.
+    void setDraft(const TimeEditDraft &draft);
+    // The user cancelled the time edit: closes it without applying.
+    void cancelEdit();
+
+    // Actions (ids are timer ids; unknown ids do nothing).
+    void addTimer();
+    void toggle(const QUuid &id);
+    void pauseAll();
+    void reset(const QUuid &id);
+    void deleteTimer(const QUuid &id); // `delete` in the design; reserved in C++
+    bool deleteHovered();
+    void rename(const QUuid &id, const QString &name);
+    void moveTimer(const QUuid &id, qsizetype position);
+    void beginEdit(const QUuid &id);
+    bool commitEdit();
+    void setTime(const QUuid &id, double seconds, const TimerItem &before, Instant now);
+    void zoomIn();
+    void zoomOut();
+    void zoomReset();
+    void toggleLarge();
+    void beginSwipe(const QUuid &id);
+    void swipe(double delta);
+    void endSwipe(double rowWidth);
+    double rowOffset(const QUuid &id) const;
+    void closeReveal();
+    void dismissNotice();
+    void startFreshAfterUnreadable();
+    void markDirty();
+    void save();
+    QString names(const QList<QUuid> &ids) const;
+    void updateTicking();
+    void onTick();
+
+    // Undo and toasts.
+    void registerStep(const QString &name, const QUuid &token, std::function<void(AppModel &)> action);
+    void registerUndo(const UndoEntry &entry);
+    void performUndo(const UndoEntry &entry, const QUuid &token);
+    void showToast(const Toast &toast);
+    void undoToast();
+
+    // The shell session (appmodel_shell.cpp). promptCaret counts user-perceived characters.
+    void promptInsert(const QString &text);
+    void promptBackspace();
+    void promptForwardDelete();
+    void promptMove(qsizetype delta);
+    void promptHistory(bool up);
+    void promptComplete();
+    void promptRun();
+    // Applies one parsed command; throws ShellError.
+    void execute(const ShellCommand &command);
+    // The style names `style <name>` accepts: titles lower-cased, spaces as '-'.
+    static QStringList styleCommandNames();
+    // Prompt keys that clear or move without running (Ctrl-U, Ctrl-L, Home, End).
+    void setPrompt(const QString &text, qsizetype caret);
+    void clearShellOutput();
+
+Q_SIGNALS:
+    void boardChanged();
+    void styleChanged();
+    void zoomChanged();
+    void screenHeightChanged();
+    void editingIDChanged();
+    void hoveredIDChanged();
+    void swipeIDChanged();
+    void swipeOffsetChanged();
+    void revealedIDChanged();
+    void nameFocusIDChanged();
+    void draftChanged();
+    void styleMenuOpenChanged();
+    void toastChanged();
+    void noticeChanged();
+    void promptTextChanged();
+    void promptCaretChanged();
+    void shellOutputChanged();
+    void shellOutputIsErrorChanged();
+    void isEditingNameChanged();
+
+private:
+    // Which whole second a running timer's display last showed, and for which run.
+    struct Shown {
+        int64_t value = 0;
+        std::optional<Instant> startedAt;
+        double accumulated = 0;
+    };
+    std::optional<int64_t> validShown(const TimerItem &timer) const;
+    Instant currentTime() const;
+    void setShellOutput(QStringList lines, bool isError);
+    void setBoard(Board board); // publishes
+
+    Services services_;
+    std::shared_ptr<Store> store_;
+
+    // Published.
+    Board board_;
+    StyleID style_ = StyleID::classic;
+    double zoom_ = 1.0;
+    double screenHeight_ = 800;
+    std::optional<QUuid> editingID_;
+    std::optional<QUuid> hoveredID_;
+    std::optional<QUuid> swipeID_;
+    double swipeOffset_ = 0;
+    std::optional<QUuid> revealedID_;
+    std::optional<QUuid> nameFocusID_;
+    std::optional<TimeEditDraft> draft_;
+    bool styleMenuOpen_ = false;
+    std::optional<Toast> toast_;
+    std::optional<StorageNotice> notice_;
+    QString promptText_;
+    qsizetype promptCaret_ = 0;
+    QStringList shellOutput_;
+    bool shellOutputIsError_ = false;
+    bool isEditingName_ = false;
+
+    // Plain.
+    Instant now_ = 0;
+    DisplayTick *clock_ = nullptr; // owned as a QObject child
+    QPointer<UndoManager> undoManager_;
+    Scheduler::TaskId tickTask_ = 0;
+    QHash<QUuid, Shown> shown_;
+    bool windowVisible_ = true;
+    Scheduler::TaskId saveWork_ = 0;
+    Instant lastSave_ = -1e18; // the distant past
+    QSet<QUuid> undone_;
+    QList<QUuid> undoLog_;
+    Scheduler::TaskId toastWork_ = 0;
+    Scheduler::TaskId swipeWork_ = 0;
+    std::function<void()> onExit_;
+    std::unique_ptr<ShellHistory> history_; // limit 50, persisted under "shellHistory"
+    // Deferred tasks check this so they do nothing once the model is gone.
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+};
+
+} // namespace tock

@@ -1,0 +1,66 @@
+// The outside world the application model depends on, behind small interfaces so that the whole
+// model runs in virtual time in tests: the clock, the scheduler (the one-second tick and
+// cancellable delayed tasks), the settings store, the beep and the confirmation prompt.
+// Real Qt implementations live in services.cpp; virtual ones in virtualservices.h.
+#pragma once
+
+#include "timer.h"
+
+#include <QString>
+#include <QVariant>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace tock {
+
+class Clock {
+public:
+    virtual ~Clock() = default;
+    virtual Instant now() const = 0;
+};
+
+class Scheduler {
+public:
+    using TaskId = quint64; // 0 is never a valid id
+    virtual ~Scheduler() = default;
+    // Runs `task` once, `seconds` from now, on the main thread, unless cancelled first.
+    virtual TaskId after(double seconds, std::function<void()> task) = 0;
+    // Runs `task` every `interval` seconds until cancelled; `tolerance` lets the system coalesce
+    // wake-ups.
+    virtual TaskId every(double interval, double tolerance, std::function<void()> task) = 0;
+    // Safe to call with an id that already ran or was cancelled.
+    virtual void cancel(TaskId id) = 0;
+};
+
+class Settings {
+public:
+    virtual ~Settings() = default;
+    virtual std::optional<QVariant> value(const QString &key) const = 0;
+    virtual void setValue(const QString &key, const QVariant &value) = 0;
+    virtual void remove(const QString &key) = 0;
+};
+
+// A modal question with two buttons; the prompt answers true for the confirming one.
+struct Confirmation {
+    QString title;
+    QString text;
+    QString confirmButton;
+    QString cancelButton;
+    bool operator==(const Confirmation &) const = default;
+};
+
+struct Services {
+    std::shared_ptr<Clock> clock;
+    std::shared_ptr<Scheduler> scheduler;
+    std::shared_ptr<Settings> settings;
+    std::function<void()> beep;
+    std::function<bool(const Confirmation &)> confirm;
+
+    // System clock, QTimer-based scheduler, QSettings, a terminal bell and a prompt that
+    // declines; the window replaces beep and confirm with its own.
+    static Services real();
+};
+
+} // namespace tock
