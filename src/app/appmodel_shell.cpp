@@ -1,0 +1,332 @@
+// The model's shell session: editing the prompt line, running it, and executing parsed commands
+// through the same model operations the mouse uses, so undo, toasts, ticking and saving behave
+// exactly as for the window's buttons.
+#include "appinfo.h"
+#include "appmodel.h"
+#include "shell.h"
+#include "shellhistory.h"
+#include "shelltime.h"
+#include "store.h"
+#include "text.h"
+#include "timevalues.h"
+#include "undomanager.h"
+
+#include <exception>
+
+namespace tock {
+
+namespace {
+
+const QString historyKey = QStringLiteral("shellHistory");
+
+// The part of a grapheme list from `from` up to (not including) `to`, as text.
+QString joined(const QStringList &graphemes, qsizetype from, qsizetype to)
+{
+    QString result;
+    for (qsizetype i = from; i < to; ++i)
+        result += graphemes.at(i);
+    return result;
+}
+
+bool isBlank(const QString &line)
+{
+    for (const QChar c : line) {
+        if (c != QLatin1Char(' ') && c != QLatin1Char('\t'))
+            return false;
+    }
+    return true;
+}
+
+QString quoted(const QString &name)
+{
+    return QStringLiteral("\u201C") + name + QStringLiteral("\u201D");
+}
+
+// Scoped undo grouping, so a multi-timer command is one step even if an action throws.
+class UndoGroup {
+public:
+    explicit UndoGroup(UndoManager *manager) : manager_(manager)
+    {
+        if (manager_)
+            manager_->beginGrouping();
+    }
+    ~UndoGroup()
+    {
+        if (manager_)
+            manager_->endGrouping();
+    }
+    UndoGroup(const UndoGroup &) = delete;
+    UndoGroup &operator=(const UndoGroup &) = delete;
+
+private:
+    UndoManager *manager_;
+};
+
+} // namespace
+
+QStringList AppModel::styleCommandNames()
+{
+    QStringList names;
+    for (const StyleID style : StyleIDs::allCases())
+        names << StyleIDs::displayName(style).toLower().replace(QLatin1Char(' '), QLatin1Char('-'));
+    return names;
+}
+
+void AppModel::setPrompt(const QString &text, qsizetype caret)
+{
+    const bool textChanged = text != promptText_;
+    const qsizetype clamped = std::clamp<qsizetype>(caret, 0, Text::graphemeCount(text));
+    // A different line (Ctrl-U) starts history browsing afresh; moving the caret does not.
+    if (textChanged)
+        history_->resetBrowsing();
+    promptText_ = text;
+    if (textChanged)
+        Q_EMIT promptTextChanged();
+    if (clamped != promptCaret_) {
+        promptCaret_ = clamped;
+        Q_EMIT promptCaretChanged();
+    }
+}
+
+void AppModel::clearShellOutput()
+{
+    setShellOutput({}, false);
+}
+
+void AppModel::promptInsert(const QString &text)
+{
+    QString clean = text;
+    clean.replace(QLatin1Char('\n'), QLatin1Char(' '));
+    clean.remove(QLatin1Char('\r'));
+    const QStringList characters = Text::graphemes(promptText_);
+    const qsizetype caret = std::clamp<qsizetype>(promptCaret_, 0, characters.size());
+    const QString line = joined(characters, 0, caret) + clean + joined(characters, caret, characters.size());
+    setPrompt(line, caret + Text::graphemeCount(clean));
+    history_->resetBrowsing();
+}
+
+void AppModel::promptBackspace()
+{
+    const QStringList characters = Text::graphemes(promptText_);
+    const qsizetype caret = std::clamp<qsizetype>(promptCaret_, 0, characters.size());
+    if (caret == 0)
+        return;
+    setPrompt(joined(characters, 0, caret - 1) + joined(characters, caret, characters.size()), caret - 1);
+}
+
+void AppModel::promptForwardDelete()
+{
+    const QStringList characters = Text::graphemes(promptText_);
+    const qsizetype caret = std::clamp<qsizetype>(promptCaret_, 0, characters.size());
+    if (caret >= characters.size())
+        return;
+    setPrompt(joined(characters, 0, caret) + joined(characters, caret + 1, characters.size()), caret);
+}
+
+void AppModel::promptMove(qsizetype delta)
+{
+    setPrompt(promptText_, promptCaret_ + delta);
+}
+
+void AppModel::promptHistory(bool up)
+{
+    const QString text = up ? history_->up(promptText_) : history_->down(promptText_);
+    // Not through setPrompt: a changed line there ends browsing, which is what we are doing.
+    if (text != promptText_) {
+        promptText_ = text;
+        Q_EMIT promptTextChanged();
+    }
+    const qsizetype end = Text::graphemeCount(text);
+    if (end != promptCaret_) {
+        promptCaret_ = end;
+        Q_EMIT promptCaretChanged();
+    }
+}
+
+void AppModel::promptComplete()
+{
+    QStringList timerNames;
+    for (const TimerItem &timer : board_.timers)
+        timerNames << timer.name;
+    const std::optional<QString> completed = Shell::complete(promptText_, timerNames, styleCommandNames());
+    if (!completed) {
+        if (services_.beep)
+            services_.beep();
+        return;
+    }
+    setPrompt(*completed, Text::graphemeCount(*completed));
+}
+
+void AppModel::promptRun()
+{
+    const QString line = promptText_;
+    setPrompt(QString(), 0);
+    history_->resetBrowsing();
+    if (isBlank(line))
+        return;
+    history_->record(line);
+    if (store_ && services_.settings)
+        services_.settings->setValue(historyKey, history_->entries());
+    try {
+        if (const std::optional<ShellCommand> command = Shell::parse(line))
+            execute(*command);
+    } catch (const ShellError &error) {
+        setShellOutput({error.message}, true);
+    } catch (const StoreError &error) {
+        setShellOutput({error.description()}, true);
+    } catch (const std::exception &error) {
+        setShellOutput({QString::fromLocal8Bit(error.what())}, true);
+    }
+}
+
+void AppModel::execute(const ShellCommand &command)
+{
+    closeReveal();
+    if (editingID_ && !commitEdit())
+        throw ShellError{QStringLiteral("finish or cancel the time you are editing first")};
+
+    const auto resolve = [this](const ShellTarget &target, Shell::AllowAll allowAll) {
+        return Shell::resolve(target, board_.timers, allowAll);
+    };
+    const auto one = [&](const ShellTarget &target) { return resolve(target, Shell::AllowAll::no).constFirst(); };
+    const auto succeed = [this](QStringList lines) { setShellOutput(std::move(lines), false); };
+
+    std::visit(
+        [&](const auto &c) {
+            using C = std::decay_t<decltype(c)>;
+            if constexpr (std::is_same_v<C, ShellCommand::Add>) {
+                Board board = board_;
+                const TimerItem added = board.add(c.name);
+                setBoard(std::move(board));
+                updateTicking();
+                markDirty();
+                succeed({QStringLiteral("added ") + quoted(added.name) + QStringLiteral(" as ")
+                         + QString::number(board_.timers.size())});
+            } else if constexpr (std::is_same_v<C, ShellCommand::Start> || std::is_same_v<C, ShellCommand::Pause>) {
+                constexpr bool starting = std::is_same_v<C, ShellCommand::Start>;
+                QList<QUuid> changing;
+                for (const QUuid &id : resolve(c.target, Shell::AllowAll::yes)) {
+                    const std::optional<TimerItem> timer = board_.timer(id);
+                    if (timer && timer->isRunning() != starting)
+                        changing << id;
+                }
+                if (changing.isEmpty()) {
+                    succeed({starting ? QStringLiteral("already running") : QStringLiteral("already paused")});
+                    return;
+                }
+                // One instant for all, so timers started together stay in step.
+                const Instant at = currentTime();
+                Board board = board_;
+                for (const QUuid &id : changing)
+                    board.toggle(id, at);
+                setBoard(std::move(board));
+                updateTicking();
+                now_ = at;
+                markDirty();
+                succeed({(starting ? QStringLiteral("started ") : QStringLiteral("paused ")) + names(changing)});
+            } else if constexpr (std::is_same_v<C, ShellCommand::Toggle>) {
+                const QUuid id = one(c.target);
+                toggle(id);
+                const std::optional<TimerItem> timer = board_.timer(id);
+                const bool running = timer && timer->isRunning();
+                succeed({(running ? QStringLiteral("started ") : QStringLiteral("paused ")) + names({id})});
+            } else if constexpr (std::is_same_v<C, ShellCommand::Reset>) {
+                const QList<QUuid> ids = resolve(c.target, Shell::AllowAll::yes);
+                const QString text = names(ids);
+                {
+                    UndoGroup group(undoManager_.data());
+                    for (const QUuid &id : ids)
+                        reset(id);
+                }
+                succeed({QStringLiteral("reset ") + text});
+            } else if constexpr (std::is_same_v<C, ShellCommand::Remove>) {
+                const QList<QUuid> ids = resolve(c.target, Shell::AllowAll::yes);
+                const QString text = names(ids); // before the timers are gone
+                {
+                    UndoGroup group(undoManager_.data());
+                    for (const QUuid &id : ids)
+                        deleteTimer(id);
+                }
+                succeed({QStringLiteral("deleted ") + text + QStringLiteral(" · undo brings ")
+                         + (ids.size() == 1 ? QStringLiteral("it") : QStringLiteral("them")) + QStringLiteral(" back")});
+            } else if constexpr (std::is_same_v<C, ShellCommand::Rename>) {
+                const QUuid id = one(c.target);
+                const QString old = names({id});
+                rename(id, c.name);
+                succeed({QStringLiteral("renamed ") + old + QStringLiteral(" to ") + quoted(c.name)});
+            } else if constexpr (std::is_same_v<C, ShellCommand::Set>) {
+                const QUuid id = one(c.target);
+                const std::optional<TimerItem> before = board_.timer(id);
+                if (!before)
+                    return;
+                const Instant at = currentTime();
+                double seconds = 0;
+                if (const auto *absolute = std::get_if<ShellTime::Absolute>(&c.time.value)) {
+                    seconds = double(absolute->seconds);
+                } else {
+                    // Going below zero stops at zero, as the edit mask cannot show less either.
+                    const auto &relative = std::get<ShellTime::Relative>(c.time.value);
+                    seconds = std::max(0.0, before->elapsed(at) + double(relative.seconds));
+                }
+                if (seconds > double(HMS::maxSeconds))
+                    throw ShellError{QStringLiteral("too long: the most is ") + TimeFormat::string(double(HMS::maxSeconds))};
+                setTime(id, seconds, *before, at);
+                succeed({names({id}) + QStringLiteral(" is now ") + TimeFormat::string(seconds)});
+            } else if constexpr (std::is_same_v<C, ShellCommand::Move>) {
+                const QUuid id = one(c.target);
+                // Positions count from 1 here; anything past either end lands at that end.
+                const qsizetype index = c.position > 0 ? qsizetype(c.position - 1) : 0;
+                moveTimer(id, index);
+                succeed({QStringLiteral("moved ") + names({id}) + QStringLiteral(" to ") + QString::number(c.position)});
+            } else if constexpr (std::is_same_v<C, ShellCommand::Style>) {
+                const QString wanted = c.name.toLower().replace(QLatin1Char(' '), QLatin1Char('-'));
+                const QStringList all = styleCommandNames();
+                const QList<StyleID> &styles = StyleIDs::allCases();
+                QList<qsizetype> matches;
+                for (qsizetype i = 0; i < all.size(); ++i) {
+                    if (all.at(i) == wanted) { // a full name wins even if it starts another
+                        matches = {i};
+                        break;
+                    }
+                    if (all.at(i).startsWith(wanted))
+                        matches << i;
+                }
+                if (matches.isEmpty())
+                    throw ShellError{QStringLiteral("no style ") + c.name + QStringLiteral(" — ")
+                                     + all.join(QStringLiteral(", "))};
+                if (matches.size() > 1) {
+                    QStringList matching;
+                    for (const qsizetype i : matches)
+                        matching << all.at(i);
+                    throw ShellError{QStringLiteral("ambiguous: ") + matching.join(QStringLiteral(", "))};
+                }
+                setStyle(styles.at(matches.constFirst()));
+                succeed({QStringLiteral("style ") + all.at(matches.constFirst())});
+            } else if constexpr (std::is_same_v<C, ShellCommand::Undo>) {
+                UndoManager *manager = undoManager_.data();
+                if (!manager || !manager->canUndo())
+                    throw ShellError{QStringLiteral("nothing to undo")};
+                manager->undo();
+                succeed({QStringLiteral("undone")});
+            } else if constexpr (std::is_same_v<C, ShellCommand::Redo>) {
+                UndoManager *manager = undoManager_.data();
+                if (!manager || !manager->canRedo())
+                    throw ShellError{QStringLiteral("nothing to redo")};
+                manager->redo();
+                succeed({QStringLiteral("redone")});
+            } else if constexpr (std::is_same_v<C, ShellCommand::Clear>) {
+                succeed({});
+            } else if constexpr (std::is_same_v<C, ShellCommand::Help>) {
+                succeed(Shell::helpText());
+            } else if constexpr (std::is_same_v<C, ShellCommand::Exit>) {
+                if (onExit_)
+                    onExit_();
+            } else if constexpr (std::is_same_v<C, ShellCommand::Version>) {
+                succeed({AppInfo::name().toLower() + QLatin1Char(' ') + AppInfo::versionLine() + QStringLiteral(" · ")
+                         + AppInfo::tagline().toLower()});
+            }
+        },
+        command.value);
+}
+
+} // namespace tock

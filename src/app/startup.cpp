@@ -1,0 +1,157 @@
+#include "startup.h"
+
+#include "require.h"
+
+#include <cmath>
+
+namespace tock {
+
+namespace {
+
+// A decimal integer as the command line gives it: an optional sign, then ASCII digits only.
+std::optional<int64_t> integerArgument(const QString &text)
+{
+    qsizetype start = 0;
+    if (text.startsWith(QLatin1Char('+')) || text.startsWith(QLatin1Char('-')))
+        start = 1;
+    if (start == text.size())
+        return std::nullopt;
+    for (qsizetype i = start; i < text.size(); ++i) {
+        if (text.at(i) < QLatin1Char('0') || text.at(i) > QLatin1Char('9'))
+            return std::nullopt;
+    }
+    bool ok = false;
+    const qlonglong value = text.toLongLong(&ok); // refuses overflow
+    if (!ok)
+        return std::nullopt;
+    return value;
+}
+
+std::optional<double> numberArgument(const QString &text)
+{
+    bool ok = false;
+    const double value = text.trimmed() == text ? text.toDouble(&ok) : 0;
+    if (!ok || !std::isfinite(value))
+        return std::nullopt;
+    return value;
+}
+
+std::optional<StartupMode::Bench> benchArguments(const QStringList &arguments, qsizetype at)
+{
+    if (at + 3 >= arguments.size())
+        return std::nullopt;
+    const std::optional<StyleID> style = StyleIDs::fromRawValue(arguments.at(at + 1));
+    const std::optional<int64_t> count = integerArgument(arguments.at(at + 2));
+    const std::optional<double> value = numberArgument(arguments.at(at + 3));
+    if (!style || !count || !value)
+        return std::nullopt;
+    return StartupMode::Bench{*style, *count, *value};
+}
+
+} // namespace
+
+StartupMode StartupMode::parse(const QStringList &arguments)
+{
+    const qsizetype shellAt = arguments.indexOf(QStringLiteral("--shell"));
+    const QStringList switches = shellAt < 0 ? arguments : arguments.mid(0, shellAt);
+
+    for (qsizetype i = 0; i < switches.size(); ++i) {
+        if (switches.at(i) == QLatin1String("--bench")) {
+            if (const std::optional<Bench> bench = benchArguments(switches, i))
+                return {*bench};
+        }
+    }
+    if (switches.contains(QStringLiteral("--flipdemo")))
+        return {FlipDemo{}};
+    if (switches.contains(QStringLiteral("--selftest")))
+        return {SelfTest{}};
+    for (qsizetype i = 0; i + 1 < switches.size(); ++i) {
+        if (switches.at(i) == QLatin1String("--screenshots"))
+            return {Screenshots{switches.at(i + 1)}};
+    }
+    if (shellAt >= 0)
+        return {Shell{arguments.mid(shellAt + 1)}};
+    return {Normal{}};
+}
+
+StartingValues StartingValues::from(const Store::LoadResult &result, bool awaitingArchive)
+{
+    const auto styleOf = [](const Snapshot &snapshot) -> std::optional<StyleID> {
+        return snapshot.style ? StyleIDs::fromRawValue(*snapshot.style) : std::nullopt;
+    };
+    return std::visit(
+        [&](const auto &r) -> StartingValues {
+            using R = std::decay_t<decltype(r)>;
+            if constexpr (std::is_same_v<R, Store::LoadResult::Loaded>) {
+                return {r.snapshot.board(), styleOf(r.snapshot), std::nullopt};
+            } else if constexpr (std::is_same_v<R, Store::LoadResult::Recovered>) {
+                return {r.snapshot.board(), styleOf(r.snapshot),
+                        awaitingArchive ? StorageNotice::saveFailed(archiveFailedMessage())
+                                        : StorageNotice::recovered(r.from)};
+            } else if constexpr (std::is_same_v<R, Store::LoadResult::Unreadable>) {
+                return {Board(), std::nullopt, StorageNotice::unreadable(r.reasons)};
+            } else {
+                Board board;
+                for (int i = 0; i < 3; ++i)
+                    board.add();
+                return {board, std::nullopt, std::nullopt};
+            }
+        },
+        result.value);
+}
+
+AppSession::AppSession(QString directory, Services services)
+    : directory_(std::move(directory)), services_(std::move(services)), lock_(directory_)
+{
+}
+
+AppSession::~AppSession()
+{
+    end();
+}
+
+AppSession::Start AppSession::start()
+{
+    TOCK_REQUIRE(!model_ && !ended_, "an application session starts once");
+    if (!lock_.acquire())
+        return Start::alreadyRunning;
+    store_ = std::make_shared<Store>(directory_, 5, 600.0);
+    const Store::LoadResult result = store_->load();
+    StartingValues values = StartingValues::from(result, store_->awaitingArchive());
+    startingNotice_ = values.notice;
+    undo_ = std::make_unique<UndoManager>();
+    model_ = std::make_unique<AppModel>(store_, std::move(values.board), values.style, values.notice, services_);
+    model_->setUndoManager(undo_.get());
+    // The valid main file becomes the newest backup at every start; a failure here must not
+    // keep the timers from opening.
+    try {
+        store_->rotateBackups();
+    } catch (const StoreError &) {
+    }
+    return Start::started;
+}
+
+void AppSession::end()
+{
+    if (ended_)
+        return;
+    ended_ = true;
+    if (model_) {
+        model_->commitEdit();
+        model_->pauseAll();
+    }
+    lock_.release();
+}
+
+QString alreadyRunningTitle()
+{
+    return QStringLiteral("Tock is already running");
+}
+
+QString alreadyRunningText()
+{
+    return QStringLiteral(
+        "Another copy of Tock is using the timer data. Only one copy can run at a time so nothing gets overwritten.");
+}
+
+} // namespace tock

@@ -1,0 +1,66 @@
+// Tock in a terminal (`tock --shell [LINE...]`): the same model, store, lock and command
+// language as the window, driven line by line. Every line goes through the prompt exactly as if
+// typed and Return pressed, so history, undo and output are the window's. Output lines go to
+// standard output, error lines to standard error.
+#pragma once
+
+#include "appmodel.h"
+
+#include <QString>
+#include <QStringList>
+#include <QTextStream>
+
+namespace tock {
+
+class AppSession;
+
+// Runs lines against one model and reports them. Holds no state of its own beyond what it
+// printed and whether everything succeeded.
+class TerminalSession {
+public:
+    enum class Echo { outputOnly, withTimers }; // withTimers: list the timers after each line
+
+    TerminalSession(AppModel &model, QTextStream &out, QTextStream &err, Echo echo = Echo::outputOnly);
+
+    // Types `line` into the prompt and runs it; prints its output. False when it failed.
+    bool run(const QString &line);
+    // The timers as the window lists them: position, name, time, running or paused.
+    void printTimers(Instant now);
+    // A storage notice as its title and detail, on standard error.
+    void printNotice(const StorageNotice &notice);
+
+    // `exit` was run (the model's exit action calls requestExit).
+    bool exitRequested() const { return exitRequested_; }
+    void requestExit() { exitRequested_ = true; }
+    // No line failed and no save failed so far.
+    bool succeeded() const { return succeeded_; }
+    void markFailed() { succeeded_ = false; }
+
+private:
+    AppModel &model_;
+    QTextStream &out_;
+    QTextStream &err_;
+    Echo echo_;
+    bool exitRequested_ = false;
+    bool succeeded_ = true;
+};
+
+// Exit statuses of the terminal mode.
+namespace TerminalStatus {
+inline constexpr int succeeded = 0;
+inline constexpr int failed = 1;        // some command failed, or saving failed
+inline constexpr int alreadyRunning = 3; // another copy holds the data folder; nothing touched
+}
+
+// The whole terminal mode over the data folder Store::defaultDirectory() with the real
+// services: each of `lines` is one command line; with none, standard input is read inside the
+// event loop (so the tick and debounced saves keep working) until its end or `exit`. When
+// standard input is a terminal it shows a prompt and the timers after each command. At the
+// end all timers pause and the board is saved. Needs a QCoreApplication.
+int runTerminal(const QStringList &lines);
+// The same over any folder and services, printing to the given streams (tests use this with
+// virtual services and a temporary folder).
+int runTerminal(const QStringList &lines, const QString &directory, const Services &services, QTextStream &out,
+                QTextStream &err);
+
+} // namespace tock
