@@ -44,6 +44,25 @@ public:
 Q_SIGNALS:
     // Emitted after any change of the stacks, for menu items.
     void changed();
+
+private:
+    struct Step {
+        QString name;
+        std::vector<std::function<void()>> handlers; // run last to first
+    };
+    enum class Mode { normal, undoing, redoing };
+    // Runs the top step of `from`; whatever its handlers register becomes one step on the
+    // other stack (redo for an undo, undo for a redo).
+    void replay(std::vector<Step> &from, Mode mode);
+    // Where a finished step goes, given the current mode.
+    void push(Step step);
+
+    std::vector<Step> undoStack_;
+    std::vector<Step> redoStack_;
+    Mode mode_ = Mode::normal;
+    int level_ = 0;
+    Step open_;                            // the open group, while level_ > 0
+    std::vector<Step> *lastTarget_ = nullptr; // the stack the latest step went to
 };
 
 } // namespace tock

@@ -103,8 +103,9 @@ public:
     {
         if (isDirectory(path))
             return;
+        // A parent that is a file is left for mkdir to report as "Not a directory".
         const QString parent = QFileInfo(path).path();
-        if (!parent.isEmpty() && parent != path)
+        if (!parent.isEmpty() && parent != path && !exists(parent))
             createDirectories(parent);
         if (::mkdir(native(path).constData(), 0755) != 0 && !(errno == EEXIST && isDirectory(path)))
             fail(errno);
