@@ -97,7 +97,8 @@ public:
     static constexpr double defaultZoom = 0.8;
 
     // `store` may be null (screenshots, checks, tests): then nothing ticks, saves or writes
-    // settings, and the zoom is 1.0. `style` is an explicit override.
+    // settings, and the zoom is 1.0. `style` is an explicit override. Missing services fall
+    // back to the system clock, Qt timers, settings kept in memory, silence and "no".
     AppModel(std::shared_ptr<Store> store, Board board, std::optional<StyleID> style,
              std::optional<StorageNotice> notice, Services services, QObject *parent = nullptr);
     ~AppModel() override;
@@ -134,6 +135,11 @@ public:
     bool isTicking() const { return tickTask_ != 0; }
     // The whole second a running timer's display shows, if still valid for that timer.
     std::optional<int64_t> shownValue(const QUuid &id) const;
+    // What a time display shows: a running timer's shown second, else its exact whole seconds
+    // at `now`; 0 for an unknown id.
+    int64_t displayedSeconds(const QUuid &id) const;
+    // A time edit is open (editingID and draft both set).
+    bool isEditOpen() const { return editingID_.has_value() && draft_.has_value(); }
 
     // Setters for state the views and the delegate own. Each notifies only on change.
     void setStyle(StyleID style);      // writes "style" when there is a store
@@ -150,6 +156,9 @@ public:
     void setDraft(const TimeEditDraft &draft);
     // The user cancelled the time edit: closes it without applying.
     void cancelEdit();
+    // A click on a name: commits an open time edit first; false (the click is refused, the
+    // edit stays open) when that edit is invalid.
+    bool canBeginEditingName();
 
     // Actions (ids are timer ids; unknown ids do nothing).
     void addTimer();
@@ -235,6 +244,14 @@ private:
     Instant currentTime() const;
     void setShellOutput(QStringList lines, bool isError);
     void setBoard(Board board); // publishes
+    void setEditing(std::optional<QUuid> id, std::optional<TimeEditDraft> draft);
+    void setSwipe(std::optional<QUuid> id, double offset);
+    void setRevealedID(std::optional<QUuid> id);
+    void setToast(std::optional<Toast> toast);
+    void setNotice(std::optional<StorageNotice> notice);
+    // `task` run later on the main thread, unless this model is gone by then.
+    Scheduler::TaskId schedule(double seconds, std::function<void(AppModel &)> task);
+    void cancelTask(Scheduler::TaskId &task);
 
     Services services_;
     std::shared_ptr<Store> store_;

@@ -60,6 +60,14 @@ qsizetype VirtualScheduler::repeatingCount() const
     return std::count_if(tasks_.begin(), tasks_.end(), [](const auto &t) { return t.second.interval > 0; });
 }
 
+QList<VirtualScheduler::Task> VirtualScheduler::tasks() const
+{
+    QList<Task> out;
+    for (const auto &entry : tasks_)
+        out.append(entry.second);
+    return out;
+}
+
 const VirtualScheduler::Task *VirtualScheduler::task(TaskId id) const
 {
     const auto it = tasks_.find(id);

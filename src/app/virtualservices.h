@@ -49,6 +49,7 @@ public:
     // Pending tasks, for assertions.
     qsizetype pendingCount() const { return qsizetype(tasks_.size()); }
     qsizetype repeatingCount() const;
+    QList<Task> tasks() const;
     const Task *task(TaskId id) const;
     const std::shared_ptr<VirtualClock> &clock() const { return clock_; }
 

@@ -1,0 +1,842 @@
+#include "appmodel.h"
+
+#include "shellhistory.h"
+#include "snapshot.h"
+#include "store.h"
+#include "timevalues.h"
+#include "undomanager.h"
+#include "virtualservices.h"
+
+#include <QDateTime>
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+
+namespace tock {
+
+namespace {
+
+const QString zoomKey = QStringLiteral("zoom");
+const QString zoomDefaultKey = QStringLiteral("zoomDefaultV3");
+const QString styleKey = QStringLiteral("style");
+const QString shellHistoryKey = QStringLiteral("shellHistory");
+
+constexpr double tickInterval = 1.0;
+constexpr double tickTolerance = 0.1;
+constexpr double saveDebounce = 0.3;
+constexpr double saveFromTickAfter = 0.9;
+constexpr double toastLifetime = 12;
+constexpr double slideOutDelay = 0.14;
+constexpr double revealThreshold = 36;
+constexpr qsizetype historyLimit = 50;
+
+const QString moveActionName = QStringLiteral("Move Timer");
+const QString setTimeActionName = QStringLiteral("Set Time");
+
+// Assigns and emits `signal` only when the value really changes.
+template <typename T, typename Signal>
+bool publish(AppModel *model, T &field, T value, Signal signal)
+{
+    if (field == value)
+        return false;
+    field = std::move(value);
+    Q_EMIT(model->*signal)();
+    return true;
+}
+
+class SystemClockFallback final : public Clock {
+public:
+    Instant now() const override { return double(QDateTime::currentMSecsSinceEpoch()) / 1000.0; }
+};
+
+} // namespace
+
+QString archiveFailedMessage()
+{
+    return QStringLiteral(
+        "Tock restored your timers from a backup but could not archive the damaged data file, so "
+        "nothing is being saved yet (to keep that file). Check disk space and permissions of the "
+        "Tock data folder, then press Retry.");
+}
+
+QString StorageNotice::title() const
+{
+    if (std::holds_alternative<Recovered>(value))
+        return QStringLiteral("Restored from backup");
+    if (std::holds_alternative<Unreadable>(value))
+        return QStringLiteral("Saved timers could not be read");
+    return QStringLiteral("Changes are not being saved");
+}
+
+QString StorageNotice::detail() const
+{
+    if (const auto *r = std::get_if<Recovered>(&value))
+        return QStringLiteral("The main data file was damaged. Tock loaded ") + r->from
+             + QStringLiteral(" instead and kept the damaged file in the Damaged folder.");
+    if (const auto *u = std::get_if<Unreadable>(&value)) {
+        QString text = QStringLiteral("Nothing has been overwritten and saving is paused. ");
+        if (!u->reasons.isEmpty())
+            text += u->reasons.first();
+        return text;
+    }
+    return std::get<SaveFailed>(value).message;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Construction
+
+AppModel::AppModel(std::shared_ptr<Store> store, Board board, std::optional<StyleID> style,
+                   std::optional<StorageNotice> notice, Services services, QObject *parent)
+    : QObject(parent), services_(std::move(services)), store_(std::move(store))
+{
+    if (!services_.clock)
+        services_.clock = std::make_shared<SystemClockFallback>();
+    if (!services_.scheduler)
+        services_.scheduler = Services::real().scheduler;
+    if (!services_.settings)
+        services_.settings = std::make_shared<MemorySettings>();
+
+    // 1. The time of construction and a fresh redraw signal.
+    now_ = currentTime();
+    clock_ = new DisplayTick(this);
+
+    // 2. The zoom; the first run of this version drops any older zoom for the new default.
+    Settings &settings = *services_.settings;
+    if (store_ && !settings.value(zoomDefaultKey)) {
+        settings.remove(zoomKey);
+        settings.setValue(zoomDefaultKey, true);
+    }
+    zoom_ = defaultZoom;
+    if (const std::optional<QVariant> stored = settings.value(zoomKey)) {
+        bool ok = false;
+        const double z = stored->toDouble(&ok);
+        if (ok && z > 0 && std::isfinite(z))
+            zoom_ = z;
+    }
+
+    // 3. Transient state keeps its declared initial values.
+
+    // 4. The command history.
+    QStringList entries;
+    if (const std::optional<QVariant> stored = settings.value(shellHistoryKey))
+        entries = stored->toStringList();
+    history_ = std::make_unique<ShellHistory>(entries, historyLimit);
+
+    // 5. What was loaded.
+    board_ = std::move(board);
+    notice_ = std::move(notice);
+
+    // 6. The style: explicit, else the setting, else the default.
+    if (style) {
+        style_ = *style;
+    } else if (const std::optional<QVariant> stored = settings.value(styleKey)) {
+        style_ = StyleIDs::fromRawValue(stored->toString()).value_or(StyleID::classic);
+    }
+
+    // 7. Only a model with a store ticks; without one the zoom is the plain size.
+    if (!store_)
+        zoom_ = 1.0;
+    else
+        updateTicking();
+}
+
+AppModel::~AppModel()
+{
+    cancelTask(tickTask_);
+    cancelTask(saveWork_);
+    cancelTask(toastWork_);
+    cancelTask(swipeWork_);
+}
+
+Instant AppModel::currentTime() const
+{
+    return services_.clock->now();
+}
+
+Scheduler::TaskId AppModel::schedule(double seconds, std::function<void(AppModel &)> task)
+{
+    // The scheduler may outlive the model; the weak flag makes a late task a no-op.
+    return services_.scheduler->after(seconds, [this, alive = std::weak_ptr<bool>(alive_),
+                                                task = std::move(task)] {
+        if (alive.lock())
+            task(*this);
+    });
+}
+
+void AppModel::cancelTask(Scheduler::TaskId &task)
+{
+    if (task != 0) {
+        services_.scheduler->cancel(task);
+        task = 0;
+    }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Publishing
+
+void AppModel::setBoard(Board board)
+{
+    publish(this, board_, std::move(board), &AppModel::boardChanged);
+}
+
+void AppModel::setEditing(std::optional<QUuid> id, std::optional<TimeEditDraft> draft)
+{
+    // Both change before either signal, so an observer never sees half an edit.
+    const bool idChanged = editingID_ != id;
+    const bool draftChanged = draft_ != draft;
+    editingID_ = id;
+    draft_ = std::move(draft);
+    if (draftChanged)
+        Q_EMIT this->draftChanged();
+    if (idChanged)
+        Q_EMIT editingIDChanged();
+}
+
+void AppModel::setSwipe(std::optional<QUuid> id, double offset)
+{
+    publish(this, swipeID_, id, &AppModel::swipeIDChanged);
+    publish(this, swipeOffset_, offset, &AppModel::swipeOffsetChanged);
+}
+
+void AppModel::setRevealedID(std::optional<QUuid> id)
+{
+    publish(this, revealedID_, id, &AppModel::revealedIDChanged);
+}
+
+void AppModel::setToast(std::optional<Toast> toast)
+{
+    publish(this, toast_, std::move(toast), &AppModel::toastChanged);
+}
+
+void AppModel::setNotice(std::optional<StorageNotice> notice)
+{
+    publish(this, notice_, std::move(notice), &AppModel::noticeChanged);
+}
+
+void AppModel::setStyle(StyleID style)
+{
+    if (!publish(this, style_, style, &AppModel::styleChanged))
+        return;
+    if (store_)
+        services_.settings->setValue(styleKey, StyleIDs::rawValue(style));
+    // The data file carries the style too, and start-up prefers it to the setting.
+    markDirty();
+}
+
+void AppModel::setZoom(double zoom)
+{
+    if (!publish(this, zoom_, zoom, &AppModel::zoomChanged))
+        return;
+    if (store_)
+        services_.settings->setValue(zoomKey, zoom);
+}
+
+void AppModel::setScreenHeight(double height)
+{
+    publish(this, screenHeight_, height, &AppModel::screenHeightChanged);
+}
+
+void AppModel::setHoveredID(std::optional<QUuid> id)
+{
+    publish(this, hoveredID_, id, &AppModel::hoveredIDChanged);
+}
+
+void AppModel::setNameFocusID(std::optional<QUuid> id)
+{
+    // The mask holds the keyboard while it is open; a name field must not take it.
+    if (id && isEditOpen())
+        return;
+    publish(this, nameFocusID_, id, &AppModel::nameFocusIDChanged);
+}
+
+void AppModel::setStyleMenuOpen(bool open)
+{
+    publish(this, styleMenuOpen_, open, &AppModel::styleMenuOpenChanged);
+}
+
+void AppModel::setIsEditingName(bool editing)
+{
+    publish(this, isEditingName_, editing, &AppModel::isEditingNameChanged);
+}
+
+void AppModel::setWindowVisible(bool visible)
+{
+    windowVisible_ = visible;
+}
+
+void AppModel::setUndoManager(UndoManager *manager)
+{
+    undoManager_ = manager;
+}
+
+void AppModel::setOnExit(std::function<void()> action)
+{
+    onExit_ = std::move(action);
+}
+
+void AppModel::setDraft(const TimeEditDraft &draft)
+{
+    if (!isEditOpen())
+        return;
+    publish(this, draft_, std::optional<TimeEditDraft>(draft), &AppModel::draftChanged);
+}
+
+void AppModel::cancelEdit()
+{
+    setEditing(std::nullopt, std::nullopt);
+}
+
+bool AppModel::canBeginEditingName()
+{
+    return commitEdit();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Displayed values
+
+std::optional<int64_t> AppModel::validShown(const TimerItem &timer) const
+{
+    const auto it = shown_.constFind(timer.id);
+    if (it == shown_.constEnd() || it->startedAt != timer.startedAt || it->accumulated != timer.accumulated)
+        return std::nullopt;
+    return it->value;
+}
+
+std::optional<int64_t> AppModel::shownValue(const QUuid &id) const
+{
+    const std::optional<qsizetype> index = board_.index(id);
+    if (!index)
+        return std::nullopt;
+    return validShown(board_.timers.at(*index));
+}
+
+int64_t AppModel::displayedSeconds(const QUuid &id) const
+{
+    const std::optional<qsizetype> index = board_.index(id);
+    if (!index)
+        return 0;
+    const TimerItem &timer = board_.timers.at(*index);
+    if (timer.isRunning()) {
+        if (const std::optional<int64_t> shown = validShown(timer))
+            return *shown;
+    }
+    return DisplayClock::wholeSeconds(timer.elapsed(now_));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Tick and saving
+
+void AppModel::updateTicking()
+{
+    if (!store_)
+        return;
+    const bool running = board_.anyRunning();
+    if (running && tickTask_ == 0) {
+        tickTask_ = services_.scheduler->every(
+            tickInterval, tickTolerance, [this, alive = std::weak_ptr<bool>(alive_)] {
+                if (alive.lock())
+                    onTick();
+            });
+    } else if (!running && tickTask_ != 0) {
+        cancelTask(tickTask_);
+        shown_.clear();
+    }
+}
+
+void AppModel::onTick()
+{
+    if (!board_.anyRunning()) {
+        updateTicking();
+        return;
+    }
+    const Instant at = currentTime();
+    now_ = at;
+
+    bool changed = false;
+    qsizetype running = 0;
+    for (const TimerItem &timer : std::as_const(board_.timers)) {
+        if (!timer.isRunning())
+            continue;
+        ++running;
+        const int64_t exact = DisplayClock::wholeSeconds(timer.elapsed(at));
+        const std::optional<int64_t> before = validShown(timer);
+        const int64_t value = DisplayClock::advance(before, exact);
+        if (before != value)
+            changed = true;
+        shown_.insert(timer.id, Shown{value, timer.startedAt, timer.accumulated});
+    }
+    // Every running timer has an entry now, so any extra one belongs to a timer that stopped.
+    if (shown_.size() != running) {
+        for (auto it = shown_.begin(); it != shown_.end();) {
+            const std::optional<TimerItem> timer = board_.timer(it.key());
+            if (timer && timer->isRunning())
+                ++it;
+            else
+                it = shown_.erase(it);
+        }
+    }
+
+    if (changed && windowVisible_)
+        clock_->advance();
+    if (at - lastSave_ >= saveFromTickAfter)
+        save();
+}
+
+void AppModel::markDirty()
+{
+    if (!store_)
+        return;
+    cancelTask(saveWork_);
+    saveWork_ = schedule(saveDebounce, [](AppModel &model) {
+        model.saveWork_ = 0;
+        model.save();
+    });
+}
+
+void AppModel::save()
+{
+    if (!store_)
+        return;
+    cancelTask(saveWork_);
+
+    if (store_->awaitingArchive()) {
+        if (!store_->retryPreservation()) {
+            setNotice(StorageNotice::saveFailed(archiveFailedMessage()));
+            return;
+        }
+        setNotice(std::nullopt);
+    }
+    if (store_->isBlocked())
+        return;
+
+    const Instant at = currentTime();
+    std::optional<QString> failure;
+    try {
+        store_->save(Snapshot(board_, StyleIDs::rawValue(style_), at), at);
+    } catch (const StoreError &error) {
+        failure = error.description();
+    } catch (const JsonError &error) {
+        failure = error.description;
+    } catch (const std::exception &error) {
+        failure = QString::fromLocal8Bit(error.what());
+    }
+    // Also after a failure, so a failing disk is retried about once a second, not every tick.
+    lastSave_ = at;
+    if (failure)
+        setNotice(StorageNotice::saveFailed(*failure));
+    else if (notice_ && notice_->isSaveFailed())
+        setNotice(std::nullopt);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Actions
+
+void AppModel::addTimer()
+{
+    closeReveal();
+    if (isEditOpen() && !commitEdit())
+        return;
+    Board board = board_;
+    const TimerItem added = board.add();
+    setBoard(std::move(board));
+    updateTicking();
+    setNameFocusID(added.id);
+    markDirty();
+}
+
+void AppModel::toggle(const QUuid &id)
+{
+    if (!board_.index(id))
+        return;
+    closeReveal();
+    if (editingID_ == id)
+        commitEdit(); // a refused commit does not stop the toggle
+    const Instant at = currentTime();
+    Board board = board_;
+    board.toggle(id, at);
+    setBoard(std::move(board));
+    updateTicking();
+    now_ = at;
+    markDirty();
+}
+
+void AppModel::pauseAll()
+{
+    const Instant at = currentTime();
+    Board board = board_;
+    board.pauseAll(at);
+    setBoard(std::move(board));
+    updateTicking();
+    now_ = at;
+    save();
+}
+
+void AppModel::reset(const QUuid &id)
+{
+    if (!board_.index(id))
+        return;
+    if (editingID_ == id)
+        cancelEdit();
+    const Instant at = currentTime();
+    Board board = board_;
+    const std::optional<UndoEntry> entry = board.reset(id, at);
+    setBoard(std::move(board));
+    updateTicking();
+    now_ = at;
+    if (entry) {
+        registerUndo(*entry);
+        markDirty();
+    }
+}
+
+void AppModel::deleteTimer(const QUuid &id)
+{
+    if (!board_.index(id))
+        return;
+    if (revealedID_ == id)
+        setRevealedID(std::nullopt);
+    if (hoveredID_ == id)
+        setHoveredID(std::nullopt);
+    if (nameFocusID_ == id)
+        setNameFocusID(std::nullopt);
+    if (editingID_ == id)
+        cancelEdit();
+    Board board = board_;
+    const std::optional<UndoEntry> entry = board.remove(id);
+    setBoard(std::move(board));
+    updateTicking();
+    if (entry) {
+        registerUndo(*entry);
+        markDirty();
+    }
+}
+
+bool AppModel::deleteHovered()
+{
+    if (isEditOpen())
+        return false;
+    const std::optional<QUuid> target = hoveredID_ ? hoveredID_ : revealedID_;
+    if (!target || !board_.index(*target))
+        return false;
+    deleteTimer(*target);
+    return true;
+}
+
+void AppModel::rename(const QUuid &id, const QString &name)
+{
+    if (!board_.index(id))
+        return;
+    Board board = board_;
+    board.rename(id, name);
+    setBoard(std::move(board));
+    updateTicking();
+    markDirty();
+}
+
+void AppModel::moveTimer(const QUuid &id, qsizetype position)
+{
+    const std::optional<qsizetype> from = board_.index(id);
+    if (!from)
+        return;
+    const qsizetype to = std::clamp<qsizetype>(position, 0, board_.timers.size() - 1);
+    if (to == *from)
+        return;
+    Board board = board_;
+    // The board takes a drop position counted before the move.
+    board.move({*from}, to > *from ? to + 1 : to);
+    setBoard(std::move(board));
+    updateTicking();
+    // Moving back registers its own step while undoing, which becomes the redo.
+    registerStep(moveActionName, QUuid::createUuid(),
+                 [id, back = *from](AppModel &model) { model.moveTimer(id, back); });
+    markDirty();
+}
+
+void AppModel::beginEdit(const QUuid &id)
+{
+    closeReveal();
+    if (isEditOpen() && editingID_ != id && !commitEdit())
+        return; // an invalid entry keeps its row open
+    if (isEditOpen() && editingID_ == id)
+        return; // already open here: keep what was typed
+    const std::optional<TimerItem> timer = board_.timer(id);
+    if (!timer)
+        return;
+    setNameFocusID(std::nullopt);
+    setEditing(id, TimeEditDraft(timer->elapsed(currentTime())));
+}
+
+bool AppModel::commitEdit()
+{
+    if (!editingID_ || !draft_)
+        return true;
+    const Instant at = currentTime();
+    Board board = board_;
+    const bool ok = board.commit(*draft_, *editingID_, at);
+    setBoard(std::move(board));
+    updateTicking();
+    if (!ok) {
+        if (services_.beep)
+            services_.beep();
+        return false;
+    }
+    setEditing(std::nullopt, std::nullopt);
+    now_ = at;
+    markDirty();
+    return true;
+}
+
+void AppModel::setTime(const QUuid &id, double seconds, const TimerItem &before, Instant now)
+{
+    if (!board_.index(id))
+        return;
+    Board board = board_;
+    board.setElapsed(id, seconds, now);
+    setBoard(std::move(board));
+    updateTicking();
+    now_ = now;
+    markDirty();
+
+    // Restoring `before` is the board's undo of a reset taken at this epoch.
+    const UndoEntry restore = UndoEntry::reset(before, board_.epoch());
+    registerStep(setTimeActionName, QUuid::createUuid(), [id, seconds, restore](AppModel &model) {
+        Board restored = model.board_;
+        const bool ok = restored.undo(restore);
+        model.setBoard(std::move(restored));
+        model.updateTicking();
+        if (ok) {
+            model.now_ = model.currentTime();
+            model.markDirty();
+        }
+        UndoManager *manager = model.undoManager_.data();
+        if (manager && manager->isUndoing()) {
+            model.registerStep(setTimeActionName, QUuid::createUuid(), [id, seconds](AppModel &m) {
+                if (const std::optional<TimerItem> current = m.board_.timer(id))
+                    m.setTime(id, seconds, *current, m.currentTime());
+            });
+        }
+    });
+}
+
+// ---------------------------------------------------------------------------------------------
+// Zoom
+
+void AppModel::zoomIn()
+{
+    for (const double step : zoomSteps) {
+        if (step > zoom_ + 0.001) {
+            setZoom(step);
+            return;
+        }
+    }
+}
+
+void AppModel::zoomOut()
+{
+    for (auto it = zoomSteps.rbegin(); it != zoomSteps.rend(); ++it) {
+        if (*it < zoom_ - 0.001) {
+            setZoom(*it);
+            return;
+        }
+    }
+}
+
+void AppModel::zoomReset()
+{
+    setZoom(defaultZoom);
+}
+
+void AppModel::toggleLarge()
+{
+    setZoom(zoom_ > 0.801 ? defaultZoom : 1.1);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Swipe to delete
+
+void AppModel::beginSwipe(const QUuid &id)
+{
+    if (swipeWork_ != 0)
+        return; // a row is sliding out
+    if (editingID_ == id || !board_.index(id))
+        return;
+    const double start = revealedID_ == id ? -revealWidth : 0;
+    if (revealedID_ && revealedID_ != id)
+        closeReveal();
+    setSwipe(id, start);
+}
+
+void AppModel::swipe(double delta)
+{
+    if (!swipeID_ || swipeWork_ != 0)
+        return;
+    // Rows only ever move left.
+    setSwipe(swipeID_, std::min(swipeOffset_ + delta / std::max(zoom_, 0.1), 0.0));
+}
+
+void AppModel::endSwipe(double rowWidth)
+{
+    if (!swipeID_ || swipeWork_ != 0)
+        return;
+    const QUuid id = *swipeID_;
+    if (swipeOffset_ < -0.5 * rowWidth) {
+        // Slid out of view; the deletion follows once the row is gone.
+        setSwipe(id, -1.1 * rowWidth);
+        swipeWork_ = schedule(slideOutDelay, [id](AppModel &model) {
+            model.swipeWork_ = 0;
+            model.deleteTimer(id);
+            model.setSwipe(std::nullopt, 0);
+            model.setRevealedID(std::nullopt);
+        });
+        return;
+    }
+    setRevealedID(swipeOffset_ <= -revealThreshold ? std::optional<QUuid>(id) : std::nullopt);
+    setSwipe(std::nullopt, 0);
+}
+
+double AppModel::rowOffset(const QUuid &id) const
+{
+    if (swipeID_ == id)
+        return swipeOffset_;
+    if (revealedID_ == id)
+        return -revealWidth;
+    return 0;
+}
+
+void AppModel::closeReveal()
+{
+    setRevealedID(std::nullopt);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Storage notices
+
+void AppModel::dismissNotice()
+{
+    setNotice(std::nullopt);
+}
+
+void AppModel::startFreshAfterUnreadable()
+{
+    if (!store_)
+        return;
+    const Confirmation question{
+        QStringLiteral("Start with an empty list?"),
+        QStringLiteral("The unreadable files will be moved to a folder named \u201CUnreadable-\u2026\u201D "
+                       "inside the Tock data folder. Nothing is deleted."),
+        QStringLiteral("Start Fresh"),
+        QStringLiteral("Cancel"),
+    };
+    if (!services_.confirm || !services_.confirm(question))
+        return;
+    try {
+        store_->setAsideUnreadableAndStartFresh();
+    } catch (const StoreError &error) {
+        setNotice(StorageNotice::saveFailed(error.description()));
+        return;
+    }
+    setNotice(std::nullopt);
+    save();
+}
+
+QString AppModel::names(const QList<QUuid> &ids) const
+{
+    if (ids.size() != 1)
+        return QString::number(ids.size()) + QStringLiteral(" timers");
+    const std::optional<TimerItem> timer = board_.timer(ids.first());
+    if (!timer)
+        return QStringLiteral("Untitled");
+    const QString name = timer->name.isEmpty() ? QStringLiteral("Untitled") : timer->name;
+    return QStringLiteral("\u201C") + name + QStringLiteral("\u201D");
+}
+
+// ---------------------------------------------------------------------------------------------
+// Undo and toasts
+
+void AppModel::registerStep(const QString &name, const QUuid &token, std::function<void(AppModel &)> action)
+{
+    UndoManager *manager = undoManager_.data();
+    if (!manager)
+        return;
+    // Steps registered while undoing are redo steps; only undo steps are logged.
+    if (!manager->isUndoing())
+        undoLog_.append(token);
+    manager->registerUndo([model = QPointer<AppModel>(this), token, action = std::move(action)] {
+        if (!model)
+            return;
+        model->undoLog_.removeAll(token);
+        action(*model);
+    });
+    manager->setActionName(name);
+}
+
+void AppModel::registerUndo(const UndoEntry &entry)
+{
+    const QUuid token = QUuid::createUuid();
+    registerStep(entry.actionName(), token,
+                 [entry, token](AppModel &model) { model.performUndo(entry, token); });
+    showToast(Toast{QUuid::createUuid(), entry, token});
+}
+
+void AppModel::performUndo(const UndoEntry &entry, const QUuid &token)
+{
+    // Whichever path comes second (toast, menu or command line) finds the token and stops.
+    if (undone_.contains(token))
+        return;
+    undone_.insert(token);
+
+    Board board = board_;
+    const bool ok = board.undo(entry);
+    setBoard(std::move(board));
+    updateTicking();
+    if (ok) {
+        now_ = currentTime();
+        markDirty();
+    }
+    if (toast_ && toast_->token == token)
+        setToast(std::nullopt);
+
+    UndoManager *manager = undoManager_.data();
+    if (manager && manager->isUndoing()) {
+        const QUuid id = entry.timer().id;
+        const bool wasReset = entry.isReset();
+        registerStep(entry.actionName(), QUuid::createUuid(), [id, wasReset](AppModel &model) {
+            if (wasReset)
+                model.reset(id);
+            else
+                model.deleteTimer(id);
+        });
+    }
+}
+
+void AppModel::showToast(const Toast &toast)
+{
+    setToast(toast);
+    cancelTask(toastWork_);
+    toastWork_ = schedule(toastLifetime, [id = toast.id](AppModel &model) {
+        model.toastWork_ = 0;
+        // A newer toast has its own dismissal and keeps its full time.
+        if (model.toast_ && model.toast_->id == id)
+            model.setToast(std::nullopt);
+    });
+}
+
+void AppModel::undoToast()
+{
+    if (!toast_)
+        return;
+    const Toast toast = *toast_;
+    UndoManager *manager = undoManager_.data();
+    if (manager && manager->canUndo() && !undoLog_.isEmpty() && undoLog_.last() == toast.token
+        && !undone_.contains(toast.token)) {
+        // Its own step is on top: going through the manager keeps redo correct.
+        manager->undo();
+    } else {
+        // Something newer lies above it; the manager's step will find the token undone.
+        performUndo(toast.entry, toast.token);
+    }
+    setToast(std::nullopt);
+}
+
+} // namespace tock
