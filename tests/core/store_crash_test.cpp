@@ -101,8 +101,10 @@ private slots:
             std::this_thread::sleep_for(std::chrono::microseconds(QRandomGenerator::global()->bounded(40000)));
             ::kill(pid_t(helper.processId()), SIGKILL);
             QVERIFY(helper.waitForFinished());
-            QCOMPARE(helper.exitStatus(), QProcess::CrashExit);
-            QVERIFY2(helper.readAll().isEmpty(), "the helper reported a failure");
+            // It must have died of our signal, not of its own failure.
+            QVERIFY2(helper.readAllStandardOutput().isEmpty(), "the helper reported a failure");
+            QVERIFY2(helper.exitStatus() == QProcess::CrashExit && helper.exitCode() == SIGKILL,
+                     helper.readAllStandardError().constData());
 
             QFile main(path + QStringLiteral("/timers.json"));
             if (!main.open(QIODevice::ReadOnly)) {
@@ -122,6 +124,7 @@ private slots:
             }
             QVERIFY(!QFileInfo::exists(path + QStringLiteral("/Damaged")));
         }
+        QVERIFY2(savesSeen >= kills / 4, "too few saves completed for the kills to mean much");
         qInfo("%d kills in %lld ms; about %lld saves completed", kills, clock.elapsed(), savesSeen);
     }
 };
