@@ -88,6 +88,18 @@ void AppModel::setPrompt(const QString &text, qsizetype caret)
     }
 }
 
+void AppModel::setShellOutput(QStringList lines, bool isError)
+{
+    if (lines != shellOutput_) {
+        shellOutput_ = std::move(lines);
+        Q_EMIT shellOutputChanged();
+    }
+    if (isError != shellOutputIsError_) {
+        shellOutputIsError_ = isError;
+        Q_EMIT shellOutputIsErrorChanged();
+    }
+}
+
 void AppModel::clearShellOutput()
 {
     setShellOutput({}, false);
