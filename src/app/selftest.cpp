@@ -1,12 +1,14 @@
 #include "selftest.h"
 
 #include "appmodel.h"
+#include "snapshot.h"
 #include "store.h"
 #include "text.h"
 #include "timevalues.h"
 #include "undomanager.h"
 #include "virtualservices.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 
 #include <cmath>
@@ -45,6 +47,14 @@ void expectEqual(const T &actual, const U &expected, const QString &what)
     if (!(actual == expected))
         throw Failed{what + QStringLiteral(": got ") + shown(actual) + QStringLiteral(", expected ")
                      + shown(T(expected))};
+}
+
+QByteArray readAll(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw Failed{QStringLiteral("cannot read ") + path};
+    return file.readAll();
 }
 
 // One application model in virtual time with an undo manager, optionally over a store in a
@@ -309,6 +319,17 @@ QList<Scenario> scenarios()
              expect(rig.model->board().timers == before.timers, QStringLiteral("one undo did not bring all three back"));
              expect(!rig.undo.canUndo(), QStringLiteral("more undo steps left"));
          }},
+        {"Close (timers pause): pausing all saves at once",
+         [] {
+             Rig rig({QStringLiteral("A")}, Storage::temporary);
+             rig.model->toggle(rig.id(0));
+             rig.virt.clock->advance(2.5);
+             rig.model->pauseAll();
+             const Snapshot saved = Snapshot::decode(readAll(rig.store->mainPath()));
+             expectEqual(saved.timers.size(), 1, QStringLiteral("saved timers"));
+             expect(!saved.timers.at(0).wasRunning, QStringLiteral("saved as running"));
+             expect(std::abs(saved.timers.at(0).seconds - 2.5) < 1e-3, QStringLiteral("saved time is not 2.5 s"));
+         }},
         {"shell refuses commands while an invalid time edit is open",
          [] {
              Rig rig({QStringLiteral("A")}, Storage::none);
@@ -345,8 +366,14 @@ QList<Outcome> runAll()
             scenario();
         } catch (const Failed &failed) {
             outcome.failure = failed.what;
+        } catch (const StoreError &error) {
+            outcome.failure = error.description();
+        } catch (const JsonError &error) {
+            outcome.failure = error.description;
         } catch (const std::exception &error) {
             outcome.failure = QString::fromLocal8Bit(error.what());
+        } catch (...) {
+            outcome.failure = QStringLiteral("unexpected error");
         }
         outcomes << outcome;
     }

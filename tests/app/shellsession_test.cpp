@@ -123,12 +123,7 @@ private Q_SLOTS:
         row("version", "about",
             {"tock " + AppInfo::versionLine() + " · " + AppInfo::tagline().toLower()}, false, {});
         row("unknown", "Frob", {"unknown command: Frob (type help)"}, true, {});
-        row("unknown name", "rm x", {"no timer named x"}, true, {});
-        row("no such number", "rm 4", {"no timer 4"}, true, {});
         row("ambiguous name", "rm de", {"ambiguous: Deep work, Design"}, true, {});
-        row("usage", "start 1 2", {"usage: start <timer|all>"}, true, {});
-        row("bad time", "set 1 5:60", {"not a time: 5:60"}, true, {});
-        row("open quote", "add \"Lunch", {"missing closing quote"}, true, {});
     }
 
     void commands()
