@@ -1,0 +1,135 @@
+// The data folder: loading timers.json with recovery from the numbered backups, saving it by
+// atomic replacement, rotating the backups, and keeping damaged or unreadable files out of
+// harm's way. Nothing in the folder is ever deleted except the oldest backup during rotation
+// and a temporary file whose write failed; while existing data could not be read, saving is
+// paused (`isBlocked`) so that it is not overwritten.
+//
+// Layout: timers.json, Backups/timers-1.json (newest) ... timers-<backupCount>.json,
+// Damaged/<stamp>-<name>, Unreadable-<stamp>/, plus transient temporary files.
+#pragma once
+
+#include "filesystem.h"
+#include "snapshot.h"
+#include "storeerror.h"
+#include "timer.h"
+
+#include <QDateTime>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <variant>
+
+namespace tock {
+
+class Store {
+public:
+    struct LoadResult {
+        // timers.json was read and is valid.
+        struct Loaded {
+            Snapshot snapshot;
+            bool operator==(const Loaded &) const = default;
+        };
+        // timers.json was missing or bad and a backup was used. `from` is the backup's file
+        // name; `damaged` the full paths of the copies made in Damaged/ (empty when none were
+        // needed or preserving them failed: see awaitingArchive()).
+        struct Recovered {
+            Snapshot snapshot;
+            QString from;
+            QStringList damaged;
+            bool operator==(const Recovered &) const = default;
+        };
+        // Files exist but none could be used: their full paths, and one line per failure in
+        // the order tried. Saving is paused.
+        struct Unreadable {
+            QStringList files;
+            QStringList reasons;
+            bool operator==(const Unreadable &) const = default;
+        };
+        // Neither a main file nor a backup exists: the first start.
+        struct Fresh {
+            bool operator==(const Fresh &) const = default;
+        };
+        std::variant<Loaded, Recovered, Unreadable, Fresh> value;
+        bool operator==(const LoadResult &) const = default;
+    };
+
+    enum class BlockPolicy { respect, ignore };
+
+    // Touches no file. `backupCount` must be at least 1. `fm` defaults to the real file system;
+    // `wallClock` (the local date-time used in stamps) to the system clock.
+    Store(QString directory, int backupCount, double minimumBackupInterval,
+          std::shared_ptr<FileSystem> fm = {}, std::function<QDateTime()> wallClock = {});
+
+    // TOCK_DATA_DIR when set and not empty (used verbatim); else the per-user data folder with
+    // "Tock" appended: ~/Library/Application Support on macOS, $XDG_DATA_HOME (default
+    // ~/.local/share) elsewhere.
+    static QString defaultDirectory();
+
+    const QString &directory() const { return directory_; }
+    int backupCount() const { return backupCount_; }
+    double minimumBackupInterval() const { return minimumBackupInterval_; }
+    // Saving is paused; write() and save() throw StoreError::blocked().
+    bool isBlocked() const { return isBlocked_; }
+    // Files that failed to load still wait to be copied to Damaged/.
+    bool awaitingArchive() const { return !pendingDamaged_.isEmpty(); }
+    // When save() last rotated the backups; in memory only.
+    std::optional<Instant> lastBackup() const { return lastBackup_; }
+
+    QString mainPath() const;
+    QString backupsPath() const;
+    QString damagedPath() const;
+    QString backupPath(int n) const;
+
+    // Tries timers.json, then each backup from the newest; every problem becomes a result.
+    // On a recovery, the files that failed are copied to Damaged/ and the recovered snapshot
+    // becomes the new timers.json; if the copies fail, saving stays paused instead.
+    LoadResult load();
+    // The "Retry" after a recovery whose copies failed: true when saving works again.
+    bool retryPreservation();
+    // The user's choice after an unreadable load: moves timers.json and Backups/ into a new
+    // Unreadable-<stamp>/ folder and starts an empty folder. Returns that folder's path;
+    // stops at the first failure (what was moved stays moved).
+    QString setAsideUnreadableAndStartFresh();
+    // Creates the folder and Backups/; throws io "Could not create <directory>: <reason>".
+    void prepareDirectory();
+    // Replaces timers.json through a flushed temporary file and a rename. On failure the old
+    // timers.json is untouched and the temporary file removed.
+    void write(const Snapshot &snapshot, BlockPolicy policy = BlockPolicy::respect);
+    // write(), then rotateBackups() if none was made by save() in the last
+    // minimumBackupInterval seconds (measured from that rotation, not from the last save).
+    void save(const Snapshot &snapshot, Instant now);
+    // Shifts the backups up by one (dropping the oldest) and copies timers.json as
+    // timers-1.json. Does nothing when timers.json cannot be read or is not valid, so a bad
+    // main file never enters the backups, and nothing while saving is paused.
+    void rotateBackups();
+    // The local date-time as "yyyy-MM-ddTHH-mm-ss-SSS", safe in file names.
+    QString stamp() const;
+
+    // Copies the pending damaged files, then writes the pending recovered snapshot. Returns the
+    // copies' paths, or nothing (saving paused, everything kept for a retry) if copying failed.
+    std::optional<QStringList> finishRecovery();
+    // Copies each file to Damaged/<one stamp>-<name>, leaving the original; an existing copy
+    // is kept and counted. Nothing when Damaged/ cannot be made or a copy fails.
+    std::optional<QStringList> preserveDamaged(const QStringList &paths);
+
+private:
+    // Writes `data` to `temporary`, flushed, and renames it over `target`; removes the
+    // temporary file on failure.
+    void replaceAtomically(const QString &temporary, const QString &target, const QByteArray &data,
+                           const QString &what);
+
+    QString directory_;
+    int backupCount_;
+    double minimumBackupInterval_;
+    bool isBlocked_ = false;
+    std::optional<Instant> lastBackup_;
+    std::shared_ptr<FileSystem> fm_;
+    std::function<QDateTime()> wallClock_;
+    QStringList pendingDamaged_;
+    std::optional<Snapshot> pendingRecovered_;
+};
+
+} // namespace tock

@@ -1,0 +1,135 @@
+// Test double for the store's file system: the real one in a temporary folder, plus failures
+// injected by operation and path, as a full disk or a refusing folder would produce them.
+#pragma once
+
+#include "filesystem.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QList>
+#include <QMap>
+#include <QString>
+
+namespace tock::testing {
+
+class FaultyFileSystem final : public FileSystem {
+public:
+    // `write` fails halfway through the data, `flush` after all of it has been written.
+    enum class Op { createDirectories, read, createFile, write, flush, rename, move, copy, remove };
+
+    struct Fault {
+        Op op;
+        QString pathEnding;  // matches either path of the call; empty matches every call
+        QString reason;
+    };
+    QList<Fault> faults;
+    int calls = 0;  // operations other than exists() and syncDirectory()
+
+    void failOn(Op op, const QString &pathEnding = {},
+                const QString &reason = QStringLiteral("No space left on device"))
+    {
+        faults.append({op, pathEnding, reason});
+    }
+
+    bool exists(const QString &path) override { return real_->exists(path); }
+    void createDirectories(const QString &path) override
+    {
+        check(Op::createDirectories, path);
+        real_->createDirectories(path);
+    }
+    QByteArray read(const QString &path) override
+    {
+        check(Op::read, path);
+        return real_->read(path);
+    }
+    void createFile(const QString &path) override
+    {
+        check(Op::createFile, path);
+        real_->createFile(path);
+    }
+    void writeSynced(const QString &path, const QByteArray &data) override
+    {
+        if (const Fault *f = match(Op::write, path)) {
+            real_->writeSynced(path, data.left(data.size() / 2));
+            throw FileSystemError{f->reason};
+        }
+        real_->writeSynced(path, data);
+        check(Op::flush, path);
+    }
+    void rename(const QString &from, const QString &to) override
+    {
+        check(Op::rename, from, to);
+        real_->rename(from, to);
+    }
+    void move(const QString &from, const QString &to) override
+    {
+        check(Op::move, from, to);
+        real_->move(from, to);
+    }
+    void copy(const QString &from, const QString &to) override
+    {
+        check(Op::copy, from, to);
+        real_->copy(from, to);
+    }
+    void remove(const QString &path) override
+    {
+        check(Op::remove, path);
+        real_->remove(path);
+    }
+    void syncDirectory(const QString &path) override { real_->syncDirectory(path); }
+
+private:
+    const Fault *match(Op op, const QString &a, const QString &b = {})
+    {
+        ++calls;
+        for (const Fault &f : faults)
+            if (f.op == op && (f.pathEnding.isEmpty() || a.endsWith(f.pathEnding)
+                               || (!b.isEmpty() && b.endsWith(f.pathEnding))))
+                return &f;
+        return nullptr;
+    }
+    void check(Op op, const QString &a, const QString &b = {})
+    {
+        if (const Fault *f = match(op, a, b))
+            throw FileSystemError{f->reason};
+    }
+
+    std::shared_ptr<FileSystem> real_ = FileSystem::real();
+};
+
+// Every file and folder under `root` (hidden ones included), by relative path; folders map to
+// "<dir>" so that a vanished empty folder shows too.
+inline QMap<QString, QByteArray> folderContents(const QString &root)
+{
+    QMap<QString, QByteArray> result;
+    QDirIterator it(root, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot | QDir::System,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        const QString relative = QDir(root).relativeFilePath(path);
+        if (it.fileInfo().isDir()) {
+            result.insert(relative, QByteArrayLiteral("<dir>"));
+        } else {
+            QFile f(path);
+            result.insert(relative, f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArrayLiteral("<unreadable>"));
+        }
+    }
+    return result;
+}
+
+inline void writeFile(const QString &path, const QByteArray &data)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile f(path);
+    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate) || f.write(data) != data.size())
+        qFatal("cannot write test file %s", qPrintable(path));
+}
+
+inline QByteArray readFile(const QString &path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+} // namespace tock::testing
