@@ -1,0 +1,55 @@
+#include "text.h"
+
+namespace tock::Text {
+
+QStringList graphemes(const QString &s)
+{
+    QStringList result;
+    forEachGrapheme(s, [&](QStringView g) { result.append(g.toString()); });
+    return result;
+}
+
+qsizetype graphemeCount(const QString &s)
+{
+    qsizetype n = 0;
+    forEachGrapheme(s, [&](QStringView) { ++n; });
+    return n;
+}
+
+QString dropLastGraphemes(const QString &s, qsizetype n)
+{
+    if (n <= 0)
+        return s;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, s);
+    finder.toEnd();
+    qsizetype position = s.size();
+    for (qsizetype i = 0; i < n && position > 0; ++i)
+        position = finder.toPreviousBoundary();
+    return s.left(qMax<qsizetype>(position, 0));
+}
+
+QString folded(const QString &s)
+{
+    return s.toLower().normalized(QString::NormalizationForm_C);
+}
+
+bool canonicallyEqual(const QString &a, const QString &b)
+{
+    return a == b
+        || a.normalized(QString::NormalizationForm_C) == b.normalized(QString::NormalizationForm_C);
+}
+
+bool hasPrefix(const QString &s, const QString &prefix)
+{
+    const QString whole = s.normalized(QString::NormalizationForm_C);
+    const QString start = prefix.normalized(QString::NormalizationForm_C);
+    if (!whole.startsWith(start))
+        return false;
+    if (start.isEmpty() || start.size() == whole.size())
+        return true;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, whole);
+    finder.setPosition(start.size());
+    return finder.isAtBoundary();
+}
+
+} // namespace tock::Text
