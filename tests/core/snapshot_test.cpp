@@ -98,14 +98,6 @@ private slots:
         QVERIFY(s.encoded().contains("\"savedAt\": \"2026-11-15T19:53:23Z\""));
     }
 
-    void roundTrips()
-    {
-        for (const auto &style : {std::optional<QString>(), std::optional<QString>(QStringLiteral("flap"))}) {
-            const Snapshot s = sample(style);
-            QCOMPARE(Snapshot::decode(s.encoded()), s);
-        }
-    }
-
     void refusesToEncodeWhatJsonCannotCarry()
     {
         Snapshot s = sample(std::nullopt);

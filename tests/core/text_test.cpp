@@ -17,7 +17,6 @@ private slots:
         QTest::newRow("crlf") << "a\r\nb" << QStringList{"a", "\r\n", "b"};
         QTest::newRow("zwj sequence") << u8"👩‍💻!" << QStringList{u8"👩‍💻", "!"};
         QTest::newRow("flag") << u8"🇩🇪🇫🇷" << QStringList{u8"🇩🇪", u8"🇫🇷"};
-        QTest::newRow("hangul jamo") << u8"\u1100\u1161\u11A8" << QStringList{u8"\u1100\u1161\u11A8"};
     }
     void graphemes()
     {
