@@ -296,12 +296,6 @@ private Q_SLOTS:
         QCOMPARE(readFile(folder + "/" + aside.first() + "/timers.json"), QByteArray("[]"));
     }
 
-    void startFreshWithoutAStoreAsksNothing()
-    {
-        ModelFixture f(WithStore::no);
-        f.m().startFreshAfterUnreadable();
-        QVERIFY(f.v.confirmations->isEmpty());
-    }
 };
 
 QTEST_GUILESS_MAIN(AppModelSaveTest)

@@ -256,15 +256,6 @@ private Q_SLOTS:
         QVERIFY(!f.m().toast());
     }
 
-    void everyResetIsAStepOfItsOwn()
-    {
-        ModelFixture f;
-        f.m().reset(f.id(0));
-        const Toast first = *f.m().toast();
-        f.m().reset(f.id(0)); // a reset of a zero timer is still a step of its own
-        QVERIFY(f.m().toast()->id != first.id);
-        QVERIFY(f.m().toast()->token != first.token);
-    }
 };
 
 QTEST_GUILESS_MAIN(AppModelUndoTest)
