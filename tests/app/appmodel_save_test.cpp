@@ -295,7 +295,6 @@ private Q_SLOTS:
         QCOMPARE(aside.size(), 1);
         QCOMPARE(readFile(folder + "/" + aside.first() + "/timers.json"), QByteArray("[]"));
     }
-
 };
 
 QTEST_GUILESS_MAIN(AppModelSaveTest)

@@ -255,7 +255,6 @@ private Q_SLOTS:
         f.advance(5);
         QVERIFY(!f.m().toast());
     }
-
 };
 
 QTEST_GUILESS_MAIN(AppModelUndoTest)
