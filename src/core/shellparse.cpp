@@ -40,38 +40,56 @@ QStringList tokenize(const QString &line)
 {
     QStringList words;
     QString word;
-    bool open = false;     // a word has begun, possibly empty (`""`)
-    char16_t awaited = 0;  // the closing quote being waited for, 0 outside quotes
+    bool open = false;    // a word has begun, possibly empty (`""`)
+    char16_t awaited = 0; // the closing quote being waited for, 0 outside quotes
+    // Word characters come in contiguous runs of the line between dropped quotes and separators;
+    // copying whole runs instead of single clusters keeps long lines fast.
+    qsizetype runStart = -1;
+    const auto flushRun = [&](qsizetype end) {
+        if (runStart >= 0)
+            word += QStringView(line).mid(runStart, end - runStart);
+        runStart = -1;
+    };
+    const auto keep = [&](qsizetype at) {
+        if (runStart < 0)
+            runStart = at;
+    };
     Text::forEachGrapheme(line, [&](QStringView g) {
+        const qsizetype at = g.data() - line.constData();
         // A quote or blank carrying a combining mark is one ordinary character.
         const QChar single = g.size() == 1 ? g[0] : QChar();
         if (awaited != 0) {
-            if (single == QChar(awaited))
+            if (single == QChar(awaited)) {
+                flushRun(at);
                 awaited = 0;
-            else
-                word += g;
+            } else {
+                keep(at);
+            }
             return;
         }
         if (g.size() == 1) {
             if (const char16_t closing = closingQuoteFor(single)) {
+                flushRun(at);
                 awaited = closing;
                 open = true;
                 return;
             }
             if (single == u' ' || single == u'\t') {
+                flushRun(at);
                 if (open) {
-                    words.append(word);
-                    word.clear();
+                    words.append(std::move(word));
+                    word = QString();
                     open = false;
                 }
                 return;
             }
         }
-        word += g;
+        keep(at);
         open = true;
     });
     if (awaited != 0)
         throw ShellError{QStringLiteral("missing closing quote")};
+    flushRun(line.size());
     if (open)
         words.append(word);
     return words;

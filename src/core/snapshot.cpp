@@ -157,11 +157,8 @@ Snapshot::Snapshot(const Board &board, std::optional<QString> styleId, Instant n
       style(std::move(styleId))
 {
     timers.reserve(board.timers.size());
-    for (const TimerItem &t : board.timers) {
-        const double running = t.startedAt ? std::max(0.0, now - *t.startedAt) : 0.0;
-        timers.append({t.id, t.name, std::min(t.accumulated + running, maxSeconds),
-                       t.startedAt.has_value()});
-    }
+    for (const TimerItem &t : board.timers)
+        timers.append({t.id, t.name, t.elapsed(now), t.isRunning()});
 }
 
 Board Snapshot::board() const

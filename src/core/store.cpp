@@ -260,6 +260,9 @@ void Store::save(const Snapshot &snapshot, Instant now)
 
 void Store::rotateBackups()
 {
+    // While saving is paused the backups are part of the data the user may set aside.
+    if (isBlocked_)
+        return;
     QByteArray current;
     try {
         current = fm_->read(mainPath());

@@ -103,7 +103,7 @@ public:
     void save(const Snapshot &snapshot, Instant now);
     // Shifts the backups up by one (dropping the oldest) and copies timers.json as
     // timers-1.json. Does nothing when timers.json cannot be read or is not valid, so a bad
-    // main file never enters the backups.
+    // main file never enters the backups, and nothing while saving is paused.
     void rotateBackups();
     // The local date-time as "yyyy-MM-ddTHH-mm-ss-SSS", safe in file names.
     QString stamp() const;

@@ -51,8 +51,10 @@ private slots:
         QCOMPARE(command.usage, usage);
         QCOMPARE(Shell::usage(name), usage);
         QCOMPARE(Shell::canonical(name), std::optional<QString>(name));
-        for (const QString &alias : aliases)
+        for (const QString &alias : aliases) {
             QCOMPARE(Shell::canonical(alias), std::optional<QString>(name));
+            QCOMPARE(Shell::usage(alias), alias); // usage looks at names only
+        }
     }
 
     void lookupMisses_data()
@@ -61,8 +63,6 @@ private slots:
         QTest::newRow("upper case") << "RM";   // callers lower-case first
         QTest::newRow("case name") << "remove"; // the case is called that, the command is not
         QTest::newRow("empty") << "";
-        QTest::newRow("padded") << " rm";
-        QTest::newRow("accented") << "rm\u0301";
     }
     void lookupMisses()
     {
@@ -70,8 +70,6 @@ private slots:
         QCOMPARE(Shell::canonical(word), std::nullopt);
         QCOMPARE(Shell::usage(word), word);
     }
-
-    void usageOfAliasIsTheAliasItself() { QCOMPARE(Shell::usage("del"), QString("del")); }
 
     void helpText()
     {
@@ -84,8 +82,6 @@ private slots:
             u8"<t> = number, name or all · ↑↓ history · tab",
         };
         QCOMPARE(Shell::helpText(), expected);
-        QVERIFY(Shell::helpText().at(0).contains(QChar(0x00B7)));
-        QVERIFY(Shell::helpText().at(5).contains(QStringView(u"\u2191\u2193")));
     }
 
     void tokenize_data()
@@ -97,23 +93,18 @@ private slots:
         QTest::newRow("plain") << "add Lunch" << QStringList{"add", "Lunch"};
         QTest::newRow("separator runs") << "  a \t\t b  " << QStringList{"a", "b"};
         QTest::newRow("line break is no separator") << "a\nb\r\nc" << QStringList{"a\nb\r\nc"};
-        QTest::newRow("no-break space is no separator") << u8"a\u00A0b" << QStringList{u8"a\u00A0b"};
         QTest::newRow("quoted spaces kept") << "rename 2 \"Deep  work\""
                                             << QStringList{"rename", "2", "Deep  work"};
-        QTest::newRow("quoted tab kept") << "'a\tb'" << QStringList{"a\tb"};
         QTest::newRow("quotes do not split") << "ab\"c d\"e" << QStringList{"abc de"};
         QTest::newRow("empty quotes") << "\"\"" << QStringList{""};
         QTest::newRow("empty argument") << "add ''" << QStringList{"add", ""};
         QTest::newRow("adjacent runs") << "'it'\"s\"" << QStringList{"its"};
-        QTest::newRow("other quote inside") << "\"it's\"" << QStringList{"it's"};
         QTest::newRow("curly pair") << u8"rm “Deep work”" << QStringList{"rm", "Deep work"};
         QTest::newRow("left curly is plain inside") << u8"“a “b”" << QStringList{u8"a “b"};
         QTest::newRow("right curly closes itself") << u8"”a “b”" << QStringList{u8"a “b"};
-        QTest::newRow("straight inside curly") << u8"“a\"b”" << QStringList{"a\"b"};
         QTest::newRow("quote with accent is plain") << u8"\"\u0301a b"
                                                     << QStringList{u8"\"\u0301a", "b"};
         QTest::newRow("space with accent joins") << u8"a \u0301b" << QStringList{u8"a \u0301b"};
-        QTest::newRow("decomposed letters stay") << u8"cafe\u0301 x" << QStringList{u8"cafe\u0301", "x"};
         QTest::newRow("emoji sequence") << u8"add 👩‍💻 x" << QStringList{"add", u8"👩‍💻", "x"};
     }
     void tokenize()
@@ -130,8 +121,6 @@ private slots:
         QTest::newRow("single") << "rm 'a b";
         QTest::newRow("left curly awaits right") << u8"“a“";
         QTest::newRow("right curly awaits right") << u8"a”b“";
-        QTest::newRow("lone quote") << "\"";
-        QTest::newRow("third quote") << "\"a\"\"";
     }
     void unclosedQuote()
     {
@@ -155,14 +144,10 @@ private slots:
         QTest::newRow("overflow") << "9223372036854775808" << T::name("9223372036854775808");
         QTest::newRow("zero") << "0" << T::name("0");
         QTest::newRow("negative") << "-2" << T::name("-2");
-        QTest::newRow("minus zero") << "-0" << T::name("-0");
         QTest::newRow("two signs") << "++3" << T::name("++3");
-        QTest::newRow("sign only") << "+" << T::name("+");
         QTest::newRow("trailing text") << "007x" << T::name("007x");
         QTest::newRow("arabic-indic") << u8"٣" << T::name(u8"٣");
         QTest::newRow("digit with accent") << u8"3\u0301" << T::name(u8"3\u0301");
-        QTest::newRow("case kept") << "Deep" << T::name("Deep");
-        QTest::newRow("all with accent") << u8"all\u0301" << T::name(u8"all\u0301");
     }
     void parseTarget()
     {
@@ -177,18 +162,15 @@ private slots:
         QTest::addColumn<ShellCommand>("command");
         QTest::newRow("add") << "add" << C{C::Add{}};
         QTest::newRow("ADD") << "ADD Lunch" << C{C::Add{"Lunch"}};
-        QTest::newRow("NEW") << "NEW Lunch" << C{C::Add{"Lunch"}};
         QTest::newRow("add empty name") << "add \"\"" << C{C::Add{""}};
         QTest::newRow("add joins") << "add  my   timer" << C{C::Add{"my timer"}};
         QTest::newRow("add quoted") << "add \"my   timer\"" << C{C::Add{"my   timer"}};
         QTest::newRow("start") << "start 1" << C{C::Start{T::number(1)}};
-        QTest::newRow("play all") << "play all" << C{C::Start{T::all()}};
         QTest::newRow("stop") << "STOP Email" << C{C::Pause{T::name("Email")}};
         QTest::newRow("toggle all") << "toggle all" << C{C::Toggle{T::all()}};
         QTest::newRow("reset") << "reset ALL" << C{C::Reset{T::all()}};
         QTest::newRow("rm name 0") << "rm 0" << C{C::Remove{T::name("0")}};
         QTest::newRow("rm 3") << "rm 3" << C{C::Remove{T::number(3)}};
-        QTest::newRow("del") << "del x" << C{C::Remove{T::name("x")}};
         QTest::newRow("delete") << "Delete \"Deep work\"" << C{C::Remove{T::name("Deep work")}};
         QTest::newRow("rename quoted") << "rename 2 \"Deep  work\""
                                        << C{C::Rename{T::number(2), "Deep  work"}};
@@ -198,19 +180,13 @@ private slots:
                                       << C{C::Set{T::name("work"), ShellTime::relative(900)}};
         QTest::newRow("mv") << "mv 1 2" << C{C::Move{T::number(1), 2}};
         QTest::newRow("mv signed") << "mv 1 +2" << C{C::Move{T::number(1), 2}};
-        QTest::newRow("move") << "move x 3" << C{C::Move{T::name("x"), 3}};
         QTest::newRow("style") << "style amber" << C{C::Style{"amber"}};
         QTest::newRow("style joins") << "style Neo   Classic" << C{C::Style{"Neo Classic"}};
-        QTest::newRow("undo") << "undo" << C{C::Undo{}};
-        QTest::newRow("redo") << "  redo\t" << C{C::Redo{}};
-        QTest::newRow("clear") << "clear" << C{C::Clear{}};
         QTest::newRow("help") << "help" << C{C::Help{}};
         QTest::newRow("help ignores arguments") << "help me \"now\"" << C{C::Help{}};
         QTest::newRow("? ignores arguments") << "? rm" << C{C::Help{}};
         QTest::newRow("exit") << "exit" << C{C::Exit{}};
-        QTest::newRow("quit") << "Quit" << C{C::Exit{}};
         QTest::newRow("version") << "version" << C{C::Version{}};
-        QTest::newRow("about") << "about" << C{C::Version{}};
         QTest::newRow("quoted command word") << "\"undo\"" << C{C::Undo{}};
     }
     void parse()
@@ -221,24 +197,14 @@ private slots:
     }
 
     // The case order is part of the value's identity (comparison, any serialisation).
-    void caseOrder_data()
+    void caseOrder()
     {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<int>("index");
         const char *lines[] = {"add", "start 1", "pause 1", "toggle 1", "reset 1", "rm 1",
                                "rename 1 x", "set 1 0", "mv 1 1", "style x", "undo", "redo",
                                "clear", "help", "exit", "version"};
-        int i = 0;
-        for (const char *line : lines) {
-            QTest::newRow(line) << QString::fromUtf8(line) << i;
-            ++i;
-        }
-    }
-    void caseOrder()
-    {
-        QFETCH(QString, line);
-        QFETCH(int, index);
-        QCOMPARE(int(Shell::parse(line)->value.index()), index);
+        size_t index = 0;
+        for (const char *line : lines)
+            QCOMPARE(Shell::parse(QString::fromUtf8(line))->value.index(), index++);
     }
 
     void noWords_data()
@@ -260,18 +226,14 @@ private slots:
         QTest::addColumn<QString>("message");
         QTest::newRow("unknown") << "Frob" << "unknown command: Frob (type help)";
         QTest::newRow("unknown with args") << "frob x" << "unknown command: frob (type help)";
-        QTest::newRow("unknown quoted") << "\"St art\" 1" << "unknown command: St art (type help)";
         QTest::newRow("unknown before usage") << u8"ÄDD" << u8"unknown command: ÄDD (type help)";
         QTest::newRow("quote before unknown") << "frob \"x" << "missing closing quote";
         QTest::newRow("start none") << "start" << "usage: start <timer|all>";
         QTest::newRow("start two") << "start 1 2" << "usage: start <timer|all>";
-        QTest::newRow("pause") << "stop" << "usage: pause <timer|all>";
         QTest::newRow("toggle") << "toggle 1 2" << "usage: toggle <timer>";
-        QTest::newRow("reset") << "reset" << "usage: reset <timer|all>";
         QTest::newRow("rm via alias") << "del" << "usage: rm <timer|all>";
         QTest::newRow("rename one") << "rename 2" << "usage: rename <timer> <name>";
         QTest::newRow("set one") << "set 1" << "usage: set <timer> 1:30:00 | +15m | -5m";
-        QTest::newRow("set three") << "set 1 1 1" << "usage: set <timer> 1:30:00 | +15m | -5m";
         QTest::newRow("set bad time") << "set 1 5:60" << "not a time: 5:60";
         QTest::newRow("set too long") << "set 1 1000:00:00" << "too long: the most is 999:59:59";
         QTest::newRow("mv zero") << "mv 1 0" << "usage: mv <timer> <position>";
@@ -279,12 +241,9 @@ private slots:
         QTest::newRow("mv all") << "mv 1 all" << "usage: mv <timer> <position>";
         QTest::newRow("mv negative") << "move 1 -2" << "usage: mv <timer> <position>";
         QTest::newRow("mv one") << "mv 1" << "usage: mv <timer> <position>";
-        QTest::newRow("mv three") << "mv 1 2 3" << "usage: mv <timer> <position>";
         QTest::newRow("mv overflow") << "mv 1 9223372036854775808" << "usage: mv <timer> <position>";
         QTest::newRow("style") << "style" << "usage: style <name>";
         QTest::newRow("undo") << "undo x" << "usage: undo";
-        QTest::newRow("redo") << "redo x" << "usage: redo";
-        QTest::newRow("clear") << "clear x" << "usage: clear";
         QTest::newRow("exit now") << "exit now" << "usage: exit";
         QTest::newRow("about") << "about me" << "usage: version";
         QTest::newRow("empty argument counts") << "undo \"\"" << "usage: undo";

@@ -336,6 +336,21 @@ private slots:
         }
     }
 
+    void noRotationWhileSavingIsPaused()
+    {
+        // The main file failed to read at load time and reads again now: the unreadable backups
+        // are still the user's to set aside, so none is dropped.
+        Fixture f(2);
+        f.plant("V", "DD");
+        f.fs->failOn(Op::read, QStringLiteral("/timers.json"), QStringLiteral("Input/output error"));
+        f.store.load();
+        QVERIFY(f.store.isBlocked());
+        f.fs->faults.clear();
+        const auto before = f.contents();
+        f.store.rotateBackups();
+        QCOMPARE(f.contents(), before);
+    }
+
     void rotatesAtMostOncePerInterval()
     {
         Fixture f(5, 600);

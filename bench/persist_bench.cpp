@@ -1,0 +1,86 @@
+// Costs of persistence: encoding and decoding the snapshot, a full save (two flushes to the
+// device and a rename) and a backup rotation, for small and very large boards.
+#include "snapshot.h"
+#include "store.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimeZone>
+
+using namespace tock;
+
+namespace {
+
+Snapshot boardOf(int count)
+{
+    Snapshot s;
+    s.savedAt = QDateTime::fromSecsSinceEpoch(1794772403, QTimeZone::utc());
+    s.style = QStringLiteral("flap");
+    for (int i = 0; i < count; ++i)
+        s.timers.append({QUuid::createUuid(), QStringLiteral("Timer %1").arg(i + 1), i * 1.25, i % 2 == 0});
+    return s;
+}
+
+void sizes()
+{
+    QTest::addColumn<int>("count");
+    QTest::newRow("10 timers") << 10;
+    QTest::newRow("1000 timers") << 1000;
+    QTest::newRow("10000 timers") << 10000;
+}
+
+} // namespace
+
+class PersistBench : public QObject {
+    Q_OBJECT
+private slots:
+    void encode_data() { sizes(); }
+    void encode()
+    {
+        QFETCH(int, count);
+        const Snapshot s = boardOf(count);
+        QBENCHMARK {
+            s.encoded();
+        }
+    }
+
+    void decode_data() { sizes(); }
+    void decode()
+    {
+        QFETCH(int, count);
+        const QByteArray data = boardOf(count).encoded();
+        QBENCHMARK {
+            Snapshot::decode(data);
+        }
+    }
+
+    void save_data() { sizes(); }
+    void save()
+    {
+        QFETCH(int, count);
+        QTemporaryDir dir;
+        Store store(dir.path(), 5, 1e9);
+        const Snapshot s = boardOf(count);
+        store.save(s, 0);  // the first save rotates; the measured ones only write
+        QBENCHMARK {
+            store.save(s, 1);
+        }
+    }
+
+    void rotateBackups_data() { sizes(); }
+    void rotateBackups()
+    {
+        QFETCH(int, count);
+        QTemporaryDir dir;
+        Store store(dir.path(), 5, 0);
+        store.write(boardOf(count));
+        for (int i = 0; i < 5; ++i)
+            store.rotateBackups();
+        QBENCHMARK {
+            store.rotateBackups();
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(PersistBench)
+#include "persist_bench.moc"
