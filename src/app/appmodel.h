@@ -10,6 +10,7 @@
 #include "styleid.h"
 #include "timeedit.h"
 #include "undoentry.h"
+#include "undomanager.h"
 
 #include <QHash>
 #include <QList>
@@ -29,7 +30,6 @@
 namespace tock {
 
 class Store;
-class UndoManager;
 class ShellHistory;
 struct ShellCommand;
 

@@ -2,6 +2,8 @@
 // temporary folder. Virtual time throughout.
 #include "modelfixture.h"
 
+#include "timevalues.h"
+
 #include <QDir>
 
 using namespace tock;
@@ -69,6 +71,18 @@ private Q_SLOTS:
         QVERIFY(!f.m().shownValue(f.id(0)));
         f.advance(5);
         QCOMPARE(f.m().displayTick()->tick(), 6);
+    }
+
+    void noRedrawWhileNoShownValueChanges()
+    {
+        ModelFixture f;
+        f.m().setTime(f.id(0), HMS::maxSeconds - 1, f.timer(0), f.v.clock->now());
+        f.m().toggle(f.id(0));
+        f.advance(1);
+        QCOMPARE(f.m().shownValue(f.id(0)), HMS::maxSeconds);
+        QCOMPARE(f.m().displayTick()->tick(), 1);
+        f.advance(5); // capped: the display stands still
+        QCOMPARE(f.m().displayTick()->tick(), 1);
     }
 
     void pausedShowsTheExactTime()
@@ -280,13 +294,6 @@ private Q_SLOTS:
         const QStringList aside = QDir(folder).entryList({"Unreadable-*"}, QDir::Dirs);
         QCOMPARE(aside.size(), 1);
         QCOMPARE(readFile(folder + "/" + aside.first() + "/timers.json"), QByteArray("[]"));
-    }
-
-    void startFreshWithoutAStoreAsksNothing()
-    {
-        ModelFixture f(WithStore::no);
-        f.m().startFreshAfterUnreadable();
-        QVERIFY(f.v.confirmations->isEmpty());
     }
 };
 

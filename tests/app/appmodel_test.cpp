@@ -512,15 +512,6 @@ private Q_SLOTS:
         QCOMPARE(notice.detail(), detail);
     }
 
-    void dismissNotice()
-    {
-        ModelFixture f(WithStore::no, {"A"}, StorageNotice::recovered("timers-1.json"));
-        QSignalSpy spy(f.model.get(), &AppModel::noticeChanged);
-        f.m().dismissNotice();
-        QVERIFY(!f.m().notice());
-        QCOMPARE(spy.count(), 1);
-    }
-
     void deferredWorkDiesWithTheModel()
     {
         ModelFixture f;
