@@ -73,11 +73,10 @@ private slots:
         QCOMPARE(TimeFields::sanitize(TimeField::hours, "1a2b3c4"), "123");
         QCOMPARE(TimeFields::sanitize(TimeField::seconds, QStringLiteral("\u0663\uFF14 5x67")), "56");
         // The field, its text, the value ("-": absent).
-        for (const auto &[field, text, value] : {std::tuple<TimeField, QString, QString>{TimeField::hours, "", "0"},
-                                                 {TimeField::hours, "007", "7"}, {TimeField::hours, "999", "999"},
-                                                 {TimeField::hours, "1000", "-"}, {TimeField::minutes, "60", "-"},
-                                                 {TimeField::seconds, "005", "-"}, {TimeField::minutes, "+5", "-"},
-                                                 {TimeField::seconds, QStringLiteral("\u0665"), "-"}}) {
+        using enum TimeField;
+        for (const auto &[field, text, value] : {std::tuple<TimeField, QString, QString>{hours, "", "0"}, {hours, "007", "7"},
+                                                 {hours, "999", "999"}, {hours, "1000", "-"}, {minutes, "60", "-"},
+                                                 {seconds, "005", "-"}, {minutes, "+5", "-"}, {seconds, QStringLiteral("\u0665"), "-"}}) {
             const std::optional<int64_t> v = TimeFields::value(field, text);
             QCOMPARE(text + " -> " + (v ? QString::number(*v) : "-"), text + " -> " + value);
         }
