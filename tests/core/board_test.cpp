@@ -81,7 +81,8 @@ private slots:
 
     void toggleUncappedPauseAllCapped()
     {
-        Board board(QList<TimerItem>{item("a", kMax - 10), item("b", kMax - 10, 0.0), item("c", 5, 100.0), item("d", 3)});
+        Board board(QList<TimerItem>{item("a", kMax - 10), item("b", kMax - 10, 0.0), item("c", 5, 100.0),
+                                     item("d", 3)});
         const QUuid id = board.timers[0].id;
         for (const Instant now : {0, 1, 5, 5, 9, 8, 2, 100}) // same instant twice, then backwards: nothing gained
             board.toggle(id, now);
@@ -220,8 +221,9 @@ private slots:
             styles << StyleIDs::rawValue(style) + ": " + StyleIDs::displayName(style);
             QCOMPARE(StyleIDs::fromRawValue(StyleIDs::rawValue(style)), style);
         }
-        QCOMPARE(styles, (QStringList{"classic: Neo Classic", "color: Neo Color", "gameboy: Play Kid", "braun: Calculator",
-                                      "amber: Amber Terminal", "flap: Split-Flap", "shell: Shell"}));
+        QCOMPARE(styles, (QStringList{"classic: Neo Classic", "color: Neo Color", "gameboy: Play Kid",
+                                      "braun: Calculator", "amber: Amber Terminal", "flap: Split-Flap",
+                                      "shell: Shell"}));
         for (const QString raw : {"", "Classic", "Neo Classic", "classic "})
             QCOMPARE(StyleIDs::fromRawValue(raw), std::nullopt);
     }

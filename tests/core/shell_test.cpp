@@ -79,6 +79,7 @@ void table(std::initializer_list<const char *> columns, std::initializer_list<st
 
 Q_DECLARE_METATYPE(tock::ShellTarget)
 Q_DECLARE_METATYPE(tock::ShellCommand)
+Q_DECLARE_METATYPE(tock::Shell::AllowAll)
 
 using namespace tock;
 using C = ShellCommand;
@@ -281,39 +282,40 @@ private slots:
     // The names of the timers resolved, joined by " + ", or the error message.
     void resolve_data()
     {
-        table<QStringList, ShellTarget, bool, QString>({"names", "target", "allowAll", "result"}, {
-            {three, T::number(3), false, "Email"},
-            {three, T::all(), true, "Deep work + Design + Email"},
-            {three, T::name("DEEP"), false, "Deep work"},
-            {three, T::name("e"), false, "Email"},
-            {{"Design review", "design"}, T::name("Design"), false, "design"}, // exact beats prefix
-            {{"x", "Work", "work"}, T::name("WORK"), false, "Work"},
-            {{"Solo"}, T::name(""), false, "Solo"},
-            {{u8"ÉCOLE"}, T::name(u8"école"), false, u8"ÉCOLE"},
-            {{u8"Caf\u00E9"}, T::name(u8"cafe\u0301"), false, u8"Caf\u00E9"},
-            {{u8"Cafe\u0301 au lait"}, T::name(u8"caf\u00E9"), false, u8"Cafe\u0301 au lait"},
-            {three, T::number(4), true, "no timer 4"},
-            {three, T::number(INT64_MAX), true, "no timer 9223372036854775807"},
-            {{}, T::all(), false, "pick one timer, not all"},
-            {{}, T::all(), true, "no timers"},
-            {three, T::name("X"), true, "no timer named X"},
-            {{}, T::name(""), true, "no timer named "},
-            {three, T::name("de"), true, "ambiguous: Deep work, Design"},
-            {three, T::name(""), true, "ambiguous: Deep work, Design, Email"},
-            {{u8"Cafe\u0301"}, T::name("cafe"), true, "no timer named cafe"}, // whole characters only
+        using enum Shell::AllowAll;
+        table<QStringList, ShellTarget, Shell::AllowAll, QString>({"names", "target", "allowAll", "result"}, {
+            {three, T::number(3), no, "Email"},
+            {three, T::all(), yes, "Deep work + Design + Email"},
+            {three, T::name("DEEP"), no, "Deep work"},
+            {three, T::name("e"), no, "Email"},
+            {{"Design review", "design"}, T::name("Design"), no, "design"}, // exact beats prefix
+            {{"x", "Work", "work"}, T::name("WORK"), no, "Work"},
+            {{"Solo"}, T::name(""), no, "Solo"},
+            {{u8"ÉCOLE"}, T::name(u8"école"), no, u8"ÉCOLE"},
+            {{u8"Caf\u00E9"}, T::name(u8"cafe\u0301"), no, u8"Caf\u00E9"},
+            {{u8"Cafe\u0301 au lait"}, T::name(u8"caf\u00E9"), no, u8"Cafe\u0301 au lait"},
+            {three, T::number(4), yes, "no timer 4"},
+            {three, T::number(INT64_MAX), yes, "no timer 9223372036854775807"},
+            {{}, T::all(), no, "pick one timer, not all"},
+            {{}, T::all(), yes, "no timers"},
+            {three, T::name("X"), yes, "no timer named X"},
+            {{}, T::name(""), yes, "no timer named "},
+            {three, T::name("de"), yes, "ambiguous: Deep work, Design"},
+            {three, T::name(""), yes, "ambiguous: Deep work, Design, Email"},
+            {{u8"Cafe\u0301"}, T::name("cafe"), yes, "no timer named cafe"}, // whole characters only
         });
     }
     void resolve()
     {
         QFETCH(QStringList, names);
         QFETCH(ShellTarget, target);
-        QFETCH(bool, allowAll);
+        QFETCH(Shell::AllowAll, allowAll);
         QFETCH(QString, result);
         const QList<TimerItem> timers = timersNamed(names);
         try {
             QStringList found;
-            for (const QUuid &id : Shell::resolve(target, timers, allowAll ? Shell::AllowAll::yes : Shell::AllowAll::no))
-                found.append(std::find_if(timers.cbegin(), timers.cend(), [&](const TimerItem &t) { return t.id == id; })->name);
+            for (const QUuid &id : Shell::resolve(target, timers, allowAll))
+                found.append(std::find_if(timers.cbegin(), timers.cend(), [&](auto &t) { return t.id == id; })->name);
             QCOMPARE(found.join(" + "), result);
         } catch (const ShellError &e) {
             QCOMPARE(e.message, result);

@@ -38,9 +38,10 @@ class TimeEditTest : public QObject {
 private slots:
     void durations()
     {
-        for (const auto &[total, text] : {std::pair<double, QString>{0, "00:00:00"}, {59.9, "00:00:59"}, {3661.7, "01:01:01"},
-                                          {360000, "100:00:00"}, {3599999, "999:59:59"}, {5e6, "999:59:59"},
-                                          {HUGE_VAL, "999:59:59"}, {-1, "00:00:00"}, {std::nan(""), "00:00:00"}}) {
+        for (const auto &[total, text] : {std::pair<double, QString>{0, "00:00:00"}, {59.9, "00:00:59"},
+                                          {3661.7, "01:01:01"}, {360000, "100:00:00"}, {3599999, "999:59:59"},
+                                          {5e6, "999:59:59"}, {HUGE_VAL, "999:59:59"}, {-1, "00:00:00"},
+                                          {std::nan(""), "00:00:00"}}) {
             const QStringList parts = text.split(u':');
             const HMS hms{parts[0].toInt(), parts[1].toInt(), parts[2].toInt()};
             QCOMPARE(TimeFormat::string(total), text);
@@ -74,9 +75,10 @@ private slots:
         QCOMPARE(TimeFields::sanitize(TimeField::seconds, QStringLiteral("\u0663\uFF14 5x67")), "56");
         // The field, its text, the value ("-": absent).
         using enum TimeField;
-        for (const auto &[field, text, value] : {std::tuple<TimeField, QString, QString>{hours, "", "0"}, {hours, "007", "7"},
-                                                 {hours, "999", "999"}, {hours, "1000", "-"}, {minutes, "60", "-"},
-                                                 {seconds, "005", "-"}, {minutes, "+5", "-"}, {seconds, QStringLiteral("\u0665"), "-"}}) {
+        for (const auto &[field, text, value] :
+             {std::tuple<TimeField, QString, QString>{hours, "", "0"}, {hours, "007", "7"}, {hours, "999", "999"},
+              {hours, "1000", "-"}, {minutes, "60", "-"}, {seconds, "005", "-"}, {minutes, "+5", "-"},
+              {seconds, QStringLiteral("\u0665"), "-"}}) {
             const std::optional<int64_t> v = TimeFields::value(field, text);
             QCOMPARE(text + " -> " + (v ? QString::number(*v) : "-"), text + " -> " + value);
         }
@@ -131,9 +133,10 @@ private slots:
             }
             QCOMPARE(draft.isValid(), draft.value().has_value());
             QCOMPARE(draft.original, fields(in[0]));
-            QCOMPARE(in.join(u' ') + " -> " + draft.texts[0] + ':' + draft.texts[1] + ':' + draft.texts[2] + ' ' + code(c)
-                         + ' ' + taken + (draft.isValid() ? " valid" : " invalid") + (draft.isUnchanged() ? " unchanged" : " changed"),
-                     row);
+            const QString outcome = QStringList(draft.texts.cbegin(), draft.texts.cend()).join(u':') + ' ' + code(c)
+                + ' ' + taken + (draft.isValid() ? " valid" : " invalid")
+                + (draft.isUnchanged() ? " unchanged" : " changed");
+            QCOMPARE(in.join(u' ') + " -> " + outcome, row);
         }
     }
 };
