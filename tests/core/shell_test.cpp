@@ -96,6 +96,7 @@ QList<TimerItem> timersNamed(const QStringList &names)
         timers.append(TimerItem{QUuid::createUuid(), name, 0, {}});
     return timers;
 }
+
 const QString tooLong = QStringLiteral("too long: the most is 999:59:59");
 
 } // namespace
@@ -394,6 +395,7 @@ private slots:
             history.record(line);
         QCOMPARE(history.entries(), entries);
     }
+
     void fiftyByDefault()
     {
         ShellHistory history;
