@@ -1,4 +1,6 @@
+// The timer model: the board, its undo entries and the style identifiers.
 #include "board.h"
+#include "styleid.h"
 
 #include <QCoreApplication>
 #include <QProcess>
@@ -11,9 +13,8 @@ using namespace tock;
 namespace {
 
 constexpr double kMax = HMS::maxSeconds;
-using Start = std::optional<Instant>;
 
-TimerItem item(const QString &name, double accumulated = 0, Start startedAt = {})
+TimerItem item(const QString &name, double accumulated = 0, std::optional<Instant> startedAt = {})
 {
     return TimerItem{QUuid::createUuid(), name, accumulated, startedAt};
 }
@@ -40,63 +41,29 @@ QString letters(const Board &board)
 class BoardTest : public QObject {
     Q_OBJECT
 private slots:
-    void elapsed()
+    void addAndName()
     {
-        QCOMPARE(item("t", 12.5).elapsed(1000), 12.5);
-        QCOMPARE(item("t", 10, 970.0).elapsed(1000), 40.0);
-        QCOMPARE(item("t", 10, 2000.0).elapsed(1000), 10.0); // started after now
-        QCOMPARE(item("t", 5e6).elapsed(1000), kMax);
-        QCOMPARE(item("t", kMax - 1, 990.0).elapsed(1000), kMax);
-    }
-
-    void nextDefaultName_data()
-    {
-        QTest::addColumn<QStringList>("names");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("empty") << QStringList{} << "Timer 1";
-        QTest::newRow("one and two") << QStringList{"Timer 1", "Timer 2"} << "Timer 3";
-        QTest::newRow("counts from size") << QStringList{"A", "Timer 3"} << "Timer 4";
-        QTest::newRow("gap not reused") << QStringList{"Timer 1", "Timer 3"} << "Timer 4";
-        QTest::newRow("chain") << QStringList{"A", "Timer 5", "Timer 7", "Timer 6"} << "Timer 8";
-        QTest::newRow("exact text only") << QStringList{"timer 2", "Timer 03", "Timer 3 "} << "Timer 4";
-        QTest::newRow("huge number") << QStringList{"Timer 99999999999999999999999"} << "Timer 2";
-    }
-    void nextDefaultName()
-    {
-        QFETCH(QStringList, names);
-        QFETCH(QString, expected);
-        Board board;
-        for (const QString &name : names)
-            board.add(name);
-        QCOMPARE(board.nextDefaultName(), expected);
-    }
-
-    void add()
-    {
+        const QList<std::pair<QStringList, QString>> rows{
+            {{}, "Timer 1"},
+            {{"A", "Timer 3"}, "Timer 4"}, // counts from the number of timers
+            {{"Timer 1", "Timer 3"}, "Timer 4"}, // a gap is not reused
+            {{"A", "Timer 5", "Timer 7", "Timer 6"}, "Timer 8"},
+            {{"timer 2", "Timer 03", "Timer 3 "}, "Timer 4"}, // only the exact text counts
+            {{"Timer 99999999999999999999999"}, "Timer 2"},
+        };
+        for (const auto &[names, expected] : rows) {
+            Board board;
+            for (const QString &name : names)
+                board.add(name);
+            QCOMPARE(names.join(u',') + " -> " + board.nextDefaultName(), names.join(u',') + " -> " + expected);
+        }
         Board board = lettered("A");
         const TimerItem added = board.add();
         QCOMPARE(added, (TimerItem{added.id, "Timer 2", 0, {}}));
-        QCOMPARE(added.id.version(), QUuid::Random);
         QCOMPARE(board.timers.last(), added);
         QCOMPARE(board.add(QStringLiteral(" a\nb ")).name, " a\nb "); // used as passed
-    }
-
-    void rename_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("line feed") << "a\nb" << "a b";
-        QTest::newRow("CR LF is two") << "a\r\nb" << "a  b";
-        QTest::newRow("other separators") << QStringLiteral("\u000Ba\u000Cb\u0085c\u2028d\u2029") << " a b c d ";
-        QTest::newRow("rest kept") << " a\tb " << " a\tb ";
-    }
-    void rename()
-    {
-        QFETCH(QString, name);
-        QFETCH(QString, expected);
-        Board board = lettered("AB");
-        board.rename(board.timers[1].id, name);
-        QCOMPARE(board.timers[1].name, expected);
+        board.rename(added.id, QStringLiteral("\u000Ba\r\nb\u000C\u0085c\u2028d\u2029\t"));
+        QCOMPARE(board.timers[1].name, " a  b  c d \t"); // each newline character is one space
     }
 
     void unknownIdChangesNothing()
@@ -112,26 +79,15 @@ private slots:
         QCOMPARE(board, before);
     }
 
-    void toggle()
-    {
-        Board board(QList<TimerItem>{item("a", 7)});
-        const QUuid id = board.timers[0].id;
-        board.toggle(id, 100);
-        QCOMPARE(board.timers[0].startedAt, Start(100));
-        board.toggle(id, 130);
-        board.toggle(id, 200); // same instant twice: nothing gained
-        board.toggle(id, 200);
-        board.toggle(id, 300); // clock went backwards: nothing gained
-        board.toggle(id, 250);
-        QCOMPARE(board.timers[0], (TimerItem{id, "a", 37, {}}));
-    }
-
     void toggleUncappedPauseAllCapped()
     {
-        Board board(QList<TimerItem>{item("a", kMax - 10, 0.0), item("b", kMax - 10, 0.0), item("c", 5, 100.0), item("d", 3)});
-        board.toggle(board.timers[0].id, 100);
+        Board board(QList<TimerItem>{item("a", kMax - 10), item("b", kMax - 10, 0.0), item("c", 5, 100.0),
+                                     item("d", 3)});
+        const QUuid id = board.timers[0].id;
+        for (const Instant now : {0, 1, 5, 5, 9, 8, 2, 100}) // same instant twice, then backwards: nothing gained
+            board.toggle(id, now);
         board.pauseAll(100);
-        QCOMPARE(board.timers[0].accumulated, kMax + 90);
+        QCOMPARE(board.timers[0].accumulated, kMax + 89);
         QCOMPARE(board.timers[0].elapsed(100), kMax);
         QCOMPARE(board.timers[1].accumulated, kMax);
         QCOMPARE(board.timers[2].accumulated, 5.0);
@@ -139,6 +95,9 @@ private slots:
         QVERIFY(!board.anyRunning());
         board.pauseAll(150); // recorded even with nothing running
         QCOMPARE(board.pauseHistory, (QList<Instant>{100, 150}));
+        QCOMPARE(item("t", 10, 970.0).elapsed(1000), 40.0);
+        QCOMPARE(item("t", 10, 2000.0).elapsed(1000), 10.0); // started after now
+        QCOMPARE(item("t", kMax - 1, 990.0).elapsed(1000), kMax);
     }
 
     void setElapsedClampsAndKeepsRunning()
@@ -152,17 +111,6 @@ private slots:
         }
     }
 
-    void resetAndUndoWithoutPause()
-    {
-        Board board(QList<TimerItem>{item("a", 40, 100.0)});
-        const TimerItem before = board.timers[0];
-        const auto entry = board.reset(before.id, 150);
-        QCOMPARE(entry, std::optional(UndoEntry::reset(before, 0)));
-        QCOMPARE(board.timers[0], (TimerItem{before.id, "a", 0, {}}));
-        QVERIFY(board.undo(*entry));
-        QCOMPARE(board.timers[0], before); // runs on: the time since the reset counts
-    }
-
     void undoSettlesOnFirstPauseAfterEntry()
     {
         Board board(QList<TimerItem>{item("a", 40), item("b", 10)});
@@ -173,9 +121,9 @@ private slots:
         const UndoEntry reset = *board.reset(id, 150);
         const UndoEntry removed = *board.remove(board.timers[1].id);
         board.pauseAll(170);
+        QVERIFY(board.undo(reset)); // one pause since
         board.pauseAll(400);
-        QVERIFY(board.undo(reset));
-        QVERIFY(board.undo(removed));
+        QVERIFY(board.undo(removed)); // the first of two pauses since counts
         QCOMPARE(board.timers[0], (TimerItem{id, "a", 110, {}}));
         QCOMPARE(board.timers[1], (TimerItem{removed.timer().id, "b", 80, {}}));
     }
@@ -183,67 +131,52 @@ private slots:
     void undoResetKeepsLaterNameAndPlace()
     {
         Board board = lettered("ABC");
-        const QUuid id = board.timers[0].id;
-        board.setElapsed(id, 30, 0);
-        const UndoEntry entry = *board.reset(id, 10);
-        board.rename(id, "D");
+        board.timers[0] = {board.timers[0].id, "A", 40, 100.0};
+        const TimerItem before = board.timers[0];
+        const auto entry = board.reset(before.id, 150);
+        QCOMPARE(entry, std::optional(UndoEntry::reset(before, 0)));
+        QCOMPARE(board.timers[0], (TimerItem{before.id, "A", 0, {}}));
+        board.rename(before.id, "D");
         board.move({0}, 3);
-        QVERIFY(board.undo(entry));
+        QVERIFY(board.undo(*entry));
+        QCOMPARE(board.timers[2], (TimerItem{before.id, "D", 40, 100.0})); // runs on: no pause since
         QCOMPARE(letters(board), "BCD");
-        QCOMPARE(board.timers[2].accumulated, 30.0);
-        board.remove(id);
-        QVERIFY(!board.undo(entry)); // gone since
+        board.remove(before.id);
+        QVERIFY(!board.undo(*entry)); // gone since
     }
 
-    void undoRemove_data()
-    {
-        QTest::addColumn<qint64>("index");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("in place") << qint64(1) << "AxB";
-        QTest::newRow("beyond end appends") << qint64(7) << "ABx";
-        QTest::newRow("negative goes first") << qint64(-3) << "xAB";
-    }
     void undoRemove()
     {
-        QFETCH(qint64, index);
-        QFETCH(QString, expected);
-        Board board = lettered("AxB");
-        const TimerItem x = board.timers[1];
-        QCOMPARE(board.remove(x.id), std::optional(UndoEntry::remove(x, 1, 0)));
-        const UndoEntry entry = UndoEntry::remove(x, index, 0);
-        QVERIFY(board.undo(entry));
-        QCOMPARE(letters(board), expected);
-        QVERIFY(!board.undo(entry)); // only once
-        QCOMPARE(letters(board), expected);
+        for (const auto &[index, expected] : {std::pair<qint64, QString>{1, "AxB"}, {7, "ABx"}, {-3, "xAB"}}) {
+            Board board = lettered("AxB");
+            const TimerItem x = board.timers[1];
+            QCOMPARE(board.remove(x.id), std::optional(UndoEntry::remove(x, 1, 0)));
+            const UndoEntry entry = UndoEntry::remove(x, index, 0);
+            QVERIFY(board.undo(entry));
+            QVERIFY(!board.undo(entry)); // only once
+            QCOMPARE(letters(board), expected);
+        }
     }
 
-    void move_data()
-    {
-        QTest::addColumn<QList<qsizetype>>("offsets");
-        QTest::addColumn<qsizetype>("destination");
-        QTest::addColumn<QString>("expected");
-        using L = QList<qsizetype>;
-        QTest::newRow("block down") << L{0, 1} << qsizetype(3) << "CABD";
-        QTest::newRow("last to top") << L{3} << qsizetype(0) << "DABC";
-        QTest::newRow("onto itself") << L{0} << qsizetype(1) << "ABCD";
-        QTest::newRow("scattered to end") << L{0, 2} << qsizetype(4) << "BDAC";
-        QTest::newRow("scattered to top") << L{3, 1} << qsizetype(0) << "BDAC";
-        QTest::newRow("past the end") << L{0} << qsizetype(99) << "BCDA";
-        QTest::newRow("negative") << L{2} << qsizetype(-5) << "CABD";
-        QTest::newRow("nothing") << L{} << qsizetype(0) << "ABCD";
-    }
+    // Moves within "ABCD": the offsets moved, the destination, the result.
     void move()
     {
-        QFETCH(QList<qsizetype>, offsets);
-        QFETCH(qsizetype, destination);
-        QFETCH(QString, expected);
-        Board board = lettered("ABCD");
-        board.move(std::set<qsizetype>(offsets.cbegin(), offsets.cend()), destination);
-        QCOMPARE(letters(board), expected);
-    }
-
-    void moveOutsideTheBoardStops()
-    {
+        const QList<std::tuple<std::set<qsizetype>, qsizetype, QString>> rows{
+            {{0, 1}, 3, "CABD"},
+            {{3}, 0, "DABC"},
+            {{0}, 1, "ABCD"},
+            {{0, 2}, 4, "BDAC"},
+            {{3, 1}, 0, "BDAC"},
+            {{0}, 99, "BCDA"},
+            {{2}, -5, "CABD"},
+            {{}, 0, "ABCD"},
+        };
+        for (qsizetype row = 0; row < rows.size(); ++row) {
+            const auto &[offsets, destination, expected] = rows[row];
+            Board board = lettered("ABCD");
+            board.move(offsets, destination);
+            QCOMPARE(QString::number(row) + ": " + letters(board), QString::number(row) + ": " + expected);
+        }
         for (const QString offset : {"2", "-1"}) {
             QProcess child; // main() below performs the bad move
             child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--bad-move"), offset});
@@ -253,33 +186,27 @@ private slots:
         }
     }
 
-    void commit_data()
-    {
-        QTest::addColumn<QStringList>("texts");
-        QTest::addColumn<bool>("result");
-        QTest::addColumn<double>("accumulated");
-        QTest::addColumn<double>("startedAt");
-        QTest::newRow("invalid minutes") << QStringList{"0", "60", "0"} << false << 3725.0 << 100.0;
-        QTest::newRow("untouched: not restarted") << QStringList{"1", "2", "05"} << true << 3725.0 << 100.0;
-        QTest::newRow("empty is zero") << QStringList{"", "", ""} << true << 0.0 << 500.0;
-        QTest::newRow("changed") << QStringList{"999", "59", "59"} << true << kMax << 500.0;
-    }
+    // An invalid draft is refused; an unchanged one leaves a running timer alone.
     void commit()
     {
-        QFETCH(QStringList, texts);
-        QFETCH(bool, result);
-        QFETCH(double, accumulated);
-        QFETCH(double, startedAt);
-        Board board(QList<TimerItem>{item("a", 3725, 100.0)});
-        const QUuid id = board.timers[0].id;
-        TimeEditDraft draft(3725);
-        std::copy(texts.cbegin(), texts.cend(), draft.texts.begin());
-        QCOMPARE(board.commit(draft, id, 500), result);
-        QCOMPARE(board.timers[0], (TimerItem{id, "a", accumulated, startedAt}));
-        QCOMPARE(Board().commit(draft, id, 500), result); // an unknown id does not matter
+        const QList<std::tuple<QStringList, bool, double, double>> rows{
+            {{"0", "60", "0"}, false, 3725, 100},
+            {{"1", "2", "05"}, true, 3725, 100},
+            {{"", "", ""}, true, 0, 500},
+            {{"999", "59", "59"}, true, kMax, 500},
+        };
+        for (const auto &[texts, result, accumulated, startedAt] : rows) {
+            Board board(QList<TimerItem>{item("a", 3725, 100.0)});
+            const QUuid id = board.timers[0].id;
+            TimeEditDraft draft(3725);
+            std::copy(texts.cbegin(), texts.cend(), draft.texts.begin());
+            QCOMPARE(board.commit(draft, id, 500), result);
+            QCOMPARE(board.timers[0], (TimerItem{id, "a", accumulated, startedAt}));
+            QCOMPARE(Board().commit(draft, id, 500), result); // an unknown id does not matter
+        }
     }
 
-    void undoEntryTexts()
+    void texts()
     {
         const TimerItem focus = item("Focus");
         QCOMPARE(UndoEntry::reset(focus, 0).actionName(), "Reset Timer");
@@ -288,8 +215,17 @@ private slots:
         QCOMPARE(UndoEntry::remove(focus, 0, 0).message(), QStringLiteral("Deleted \u201CFocus\u201D"));
         QCOMPARE(UndoEntry::reset(item(""), 0).message(), QStringLiteral("Reset \u201CUntitled\u201D"));
         QCOMPARE(UndoEntry::remove(item("  "), 0, 0).message(), QStringLiteral("Deleted \u201C  \u201D"));
-        QVERIFY(UndoEntry::reset(focus, 1) != UndoEntry::reset(focus, 2));
-        QVERIFY(UndoEntry::remove(focus, 0, 1) != UndoEntry::remove(focus, 0, 2));
+        // The data file's identifiers and the menu's titles, in menu order.
+        QStringList styles;
+        for (const StyleID style : StyleIDs::allCases()) {
+            styles << StyleIDs::rawValue(style) + ": " + StyleIDs::displayName(style);
+            QCOMPARE(StyleIDs::fromRawValue(StyleIDs::rawValue(style)), style);
+        }
+        QCOMPARE(styles, (QStringList{"classic: Neo Classic", "color: Neo Color", "gameboy: Play Kid",
+                                      "braun: Calculator", "amber: Amber Terminal", "flap: Split-Flap",
+                                      "shell: Shell"}));
+        for (const QString raw : {"", "Classic", "Neo Classic", "classic "})
+            QCOMPARE(StyleIDs::fromRawValue(raw), std::nullopt);
     }
 };
 

@@ -1,258 +1,444 @@
+// The command language: words, commands, times, targets, completion and the prompt's history.
 #include "shell.h"
-#include "shellprint.h"
+#include "shellhistory.h"
 
+#include <QMetaType>
 #include <QTest>
+
+#include <initializer_list>
+#include <tuple>
+
+namespace tock {
+
+inline QString describe(const ShellTarget &t)
+{
+    if (const auto *n = std::get_if<ShellTarget::Number>(&t.value))
+        return QStringLiteral("#%1").arg(n->n);
+    if (const auto *n = std::get_if<ShellTarget::Name>(&t.value))
+        return QStringLiteral("name(%1)").arg(n->text);
+    return QStringLiteral("all");
+}
+
+// "90" for an absolute time, "+90" / "-90" for a relative one.
+inline QString describe(const ShellTime &t)
+{
+    if (const auto *a = std::get_if<ShellTime::Absolute>(&t.value))
+        return QString::number(a->seconds);
+    const int64_t s = std::get<ShellTime::Relative>(t.value).seconds;
+    return (s < 0 ? QString() : QStringLiteral("+")) + QString::number(s);
+}
+
+inline QString describe(const ShellCommand &c)
+{
+    return std::visit([&](const auto &v) {
+        QStringList parts{QStringLiteral("case %1").arg(c.value.index())};
+        if constexpr (requires { v.target; }) parts << describe(v.target);
+        if constexpr (requires { v.name.value_or(QString()); }) parts << v.name.value_or("<none>");
+        else if constexpr (requires { v.name; }) parts << v.name;
+        if constexpr (requires { v.time; }) parts << describe(v.time);
+        if constexpr (requires { v.position; }) parts << QString::number(v.position);
+        return parts.join(u", ");
+    }, c.value);
+}
+
+inline char *toString(const ShellTarget &t) { return QTest::toString(describe(t)); }
+inline char *toString(const ShellCommand &c) { return QTest::toString(describe(c)); }
+
+// Runs f and returns the message of the ShellError it throws, or a marker when it throws none.
+template <typename F>
+QString shellErrorOf(F &&f)
+{
+    try {
+        f();
+    } catch (const ShellError &e) {
+        return e.message;
+    }
+    return QStringLiteral("<no error>");
+}
+
+// Declares the columns and adds one row per tuple, tagged by its number and, when the first
+// column is text, that text.
+template <typename... Cols>
+void table(std::initializer_list<const char *> columns, std::initializer_list<std::tuple<Cols...>> rows)
+{
+    auto column = columns.begin();
+    (QTest::addColumn<Cols>(*column++), ...);
+    int n = 0;
+    for (const auto &row : rows) {
+        QString tag = QString::number(++n);
+        if constexpr (std::is_same_v<std::tuple_element_t<0, std::tuple<Cols...>>, QString>)
+            tag += u' ' + std::get<0>(row);
+        for (QChar &c : tag) // line breaks would split the test log's line
+            c = c.unicode() < 0x20 ? u'?' : c;
+        QTestData &data = QTest::newRow(qPrintable(tag));
+        std::apply([&](const auto &...value) { ((data << value), ...); }, row);
+    }
+}
+
+} // namespace tock
+
+Q_DECLARE_METATYPE(tock::ShellTarget)
+Q_DECLARE_METATYPE(tock::ShellCommand)
+Q_DECLARE_METATYPE(tock::Shell::AllowAll)
 
 using namespace tock;
 using C = ShellCommand;
 using T = ShellTarget;
 
+namespace {
+
+const QStringList three{"Deep work", "Design", "Email"};
+
+QList<TimerItem> timersNamed(const QStringList &names)
+{
+    QList<TimerItem> timers;
+    for (const QString &name : names)
+        timers.append(TimerItem{QUuid::createUuid(), name, 0, {}});
+    return timers;
+}
+
+const QString tooLong = QStringLiteral("too long: the most is 999:59:59");
+
+} // namespace
+
 class ShellTest : public QObject {
     Q_OBJECT
 private slots:
-    void commandTable_data()
-    {
-        QTest::addColumn<int>("index");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QStringList>("aliases");
-        QTest::addColumn<QString>("usage");
-        int index = 0;
-        const auto row = [&](const char *name, QStringList aliases, const char *usage) {
-            QTest::newRow(name) << index++ << QString::fromUtf8(name) << aliases
-                                << QString::fromUtf8(usage);
-        };
-        row("add", {"new"}, "add [name]");
-        row("start", {"play"}, "start <timer|all>");
-        row("pause", {"stop"}, "pause <timer|all>");
-        row("toggle", {}, "toggle <timer>");
-        row("reset", {}, "reset <timer|all>");
-        row("rm", {"del", "delete"}, "rm <timer|all>");
-        row("rename", {}, "rename <timer> <name>");
-        row("set", {}, "set <timer> 1:30:00 | +15m | -5m");
-        row("mv", {"move"}, "mv <timer> <position>");
-        row("undo", {}, "undo");
-        row("redo", {}, "redo");
-        row("style", {}, "style <name>");
-        row("clear", {}, "clear");
-        row("help", {"?"}, "help");
-        row("version", {"about"}, "version");
-        row("exit", {"quit"}, "exit");
-    }
-    void commandTable()
-    {
-        QFETCH(int, index);
-        QFETCH(QString, name);
-        QFETCH(QStringList, aliases);
-        QFETCH(QString, usage);
-        QCOMPARE(Shell::commands().size(), 16);
-        const Shell::Command &command = Shell::commands().at(index);
-        QCOMPARE(command.name, name);
-        QCOMPARE(command.aliases, aliases);
-        QCOMPARE(command.usage, usage);
-        QCOMPARE(Shell::usage(name), usage);
-        QCOMPARE(Shell::canonical(name), std::optional<QString>(name));
-        for (const QString &alias : aliases) {
-            QCOMPARE(Shell::canonical(alias), std::optional<QString>(name));
-            QCOMPARE(Shell::usage(alias), alias); // usage looks at names only
-        }
-    }
-
-    void lookupMisses_data()
-    {
-        QTest::addColumn<QString>("word");
-        QTest::newRow("upper case") << "RM";   // callers lower-case first
-        QTest::newRow("case name") << "remove"; // the case is called that, the command is not
-        QTest::newRow("empty") << "";
-    }
-    void lookupMisses()
-    {
-        QFETCH(QString, word);
-        QCOMPARE(Shell::canonical(word), std::nullopt);
-        QCOMPARE(Shell::usage(word), word);
-    }
-
     void helpText()
     {
-        const QStringList expected{
-            u8"add [name] · start · pause · toggle <t>",
-            u8"reset <t> · rm <t> · rename <t> <name>",
-            u8"set <t> 1:30:00 | +15m | -5m · mv <t> <pos>",
-            u8"undo · redo · style <name> · clear · exit",
-            u8"version · help",
-            u8"<t> = number, name or all · ↑↓ history · tab",
-        };
-        QCOMPARE(Shell::helpText(), expected);
+        QCOMPARE(Shell::helpText(), (QStringList{u8"add [name] · start · pause · toggle <t>",
+                                                 u8"reset <t> · rm <t> · rename <t> <name>",
+                                                 u8"set <t> 1:30:00 | +15m | -5m · mv <t> <pos>",
+                                                 u8"undo · redo · style <name> · clear · exit",
+                                                 u8"version · help",
+                                                 u8"<t> = number, name or all · ↑↓ history · tab"}));
     }
 
     void tokenize_data()
     {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<QStringList>("words");
-        QTest::newRow("empty") << "" << QStringList{};
-        QTest::newRow("blanks only") << " \t  \t" << QStringList{};
-        QTest::newRow("plain") << "add Lunch" << QStringList{"add", "Lunch"};
-        QTest::newRow("separator runs") << "  a \t\t b  " << QStringList{"a", "b"};
-        QTest::newRow("line break is no separator") << "a\nb\r\nc" << QStringList{"a\nb\r\nc"};
-        QTest::newRow("quoted spaces kept") << "rename 2 \"Deep  work\""
-                                            << QStringList{"rename", "2", "Deep  work"};
-        QTest::newRow("quotes do not split") << "ab\"c d\"e" << QStringList{"abc de"};
-        QTest::newRow("empty quotes") << "\"\"" << QStringList{""};
-        QTest::newRow("empty argument") << "add ''" << QStringList{"add", ""};
-        QTest::newRow("adjacent runs") << "'it'\"s\"" << QStringList{"its"};
-        QTest::newRow("curly pair") << u8"rm “Deep work”" << QStringList{"rm", "Deep work"};
-        QTest::newRow("left curly is plain inside") << u8"“a “b”" << QStringList{u8"a “b"};
-        QTest::newRow("right curly closes itself") << u8"”a “b”" << QStringList{u8"a “b"};
-        QTest::newRow("quote with accent is plain") << u8"\"\u0301a b"
-                                                    << QStringList{u8"\"\u0301a", "b"};
-        QTest::newRow("space with accent joins") << u8"a \u0301b" << QStringList{u8"a \u0301b"};
-        QTest::newRow("emoji sequence") << u8"add 👩‍💻 x" << QStringList{"add", u8"👩‍💻", "x"};
+        table<QString, QStringList>({"line", "words"}, {
+            {" \t  \t", {}},
+            {"  a \t\t b  ", {"a", "b"}},
+            {"a\nb\r\nc", {"a\nb\r\nc"}}, // a line break separates nothing
+            {"rename 2 \"Deep  work\"", {"rename", "2", "Deep  work"}},
+            {"ab\"c d\"e", {"abc de"}},
+            {"add ''", {"add", ""}},
+            {"'it'\"s\"", {"its"}},
+            {u8"rm “Deep work”", {"rm", "Deep work"}},
+            {u8"“a “b”", {u8"a “b"}}, // a left curly quote is plain inside
+            {u8"”a “b”", {u8"a “b"}}, // a right curly quote closes itself
+            {u8"\"\u0301a b", {u8"\"\u0301a", "b"}}, // a quote with an accent is plain
+            {u8"a \u0301b", {u8"a \u0301b"}},         // so is a space
+            {u8"add 👩‍💻 x", {"add", u8"👩‍💻", "x"}},
+            {"\"unterminated", {"missing closing quote"}},
+            {"rm 'a b", {"missing closing quote"}},
+            {u8"“a“", {"missing closing quote"}},
+            {u8"a”b“", {"missing closing quote"}},
+        });
     }
     void tokenize()
     {
         QFETCH(QString, line);
         QFETCH(QStringList, words);
-        QCOMPARE(Shell::tokenize(line), words);
+        try {
+            QCOMPARE(Shell::tokenize(line), words);
+        } catch (const ShellError &e) {
+            QCOMPARE(QStringList{e.message}, words);
+        }
     }
 
-    void unclosedQuote_data()
-    {
-        QTest::addColumn<QString>("line");
-        QTest::newRow("straight") << "\"unterminated";
-        QTest::newRow("single") << "rm 'a b";
-        QTest::newRow("left curly awaits right") << u8"“a“";
-        QTest::newRow("right curly awaits right") << u8"a”b“";
-    }
-    void unclosedQuote()
-    {
-        QFETCH(QString, line);
-        QCOMPARE(shellErrorOf([&] { Shell::tokenize(line); }), QString("missing closing quote"));
-        QCOMPARE(shellErrorOf([&] { Shell::parse(line); }), QString("missing closing quote"));
-    }
-
-    void parseTarget_data()
-    {
-        QTest::addColumn<QString>("word");
-        QTest::addColumn<ShellTarget>("target");
-        QTest::newRow("all") << "all" << T::all();
-        QTest::newRow("ALL") << "ALL" << T::all();
-        QTest::newRow("All") << "All" << T::all();
-        QTest::newRow("empty") << "" << T::name("");
-        QTest::newRow("number") << "3" << T::number(3);
-        QTest::newRow("plus sign") << "+3" << T::number(3);
-        QTest::newRow("leading zeros") << "007" << T::number(7);
-        QTest::newRow("largest") << "9223372036854775807" << T::number(INT64_MAX);
-        QTest::newRow("overflow") << "9223372036854775808" << T::name("9223372036854775808");
-        QTest::newRow("zero") << "0" << T::name("0");
-        QTest::newRow("negative") << "-2" << T::name("-2");
-        QTest::newRow("two signs") << "++3" << T::name("++3");
-        QTest::newRow("trailing text") << "007x" << T::name("007x");
-        QTest::newRow("arabic-indic") << u8"٣" << T::name(u8"٣");
-        QTest::newRow("digit with accent") << u8"3\u0301" << T::name(u8"3\u0301");
-    }
-    void parseTarget()
-    {
-        QFETCH(QString, word);
-        QFETCH(ShellTarget, target);
-        QCOMPARE(Shell::parseTarget(word), target);
-    }
-
+    // Every command word and alias, in the order of the cases, and the forms of a target.
     void parse_data()
     {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<ShellCommand>("command");
-        QTest::newRow("add") << "add" << C{C::Add{}};
-        QTest::newRow("ADD") << "ADD Lunch" << C{C::Add{"Lunch"}};
-        QTest::newRow("add empty name") << "add \"\"" << C{C::Add{""}};
-        QTest::newRow("add joins") << "add  my   timer" << C{C::Add{"my timer"}};
-        QTest::newRow("add quoted") << "add \"my   timer\"" << C{C::Add{"my   timer"}};
-        QTest::newRow("start") << "start 1" << C{C::Start{T::number(1)}};
-        QTest::newRow("stop") << "STOP Email" << C{C::Pause{T::name("Email")}};
-        QTest::newRow("toggle all") << "toggle all" << C{C::Toggle{T::all()}};
-        QTest::newRow("reset") << "reset ALL" << C{C::Reset{T::all()}};
-        QTest::newRow("rm name 0") << "rm 0" << C{C::Remove{T::name("0")}};
-        QTest::newRow("rm 3") << "rm 3" << C{C::Remove{T::number(3)}};
-        QTest::newRow("delete") << "Delete \"Deep work\"" << C{C::Remove{T::name("Deep work")}};
-        QTest::newRow("rename quoted") << "rename 2 \"Deep  work\""
-                                       << C{C::Rename{T::number(2), "Deep  work"}};
-        QTest::newRow("rename joins") << "rename 2 Deep  work" << C{C::Rename{T::number(2), "Deep work"}};
-        QTest::newRow("set") << "set 1 1:30:00" << C{C::Set{T::number(1), ShellTime::absolute(5400)}};
-        QTest::newRow("set relative") << "set work +15m"
-                                      << C{C::Set{T::name("work"), ShellTime::relative(900)}};
-        QTest::newRow("mv") << "mv 1 2" << C{C::Move{T::number(1), 2}};
-        QTest::newRow("mv signed") << "mv 1 +2" << C{C::Move{T::number(1), 2}};
-        QTest::newRow("style") << "style amber" << C{C::Style{"amber"}};
-        QTest::newRow("style joins") << "style Neo   Classic" << C{C::Style{"Neo Classic"}};
-        QTest::newRow("help") << "help" << C{C::Help{}};
-        QTest::newRow("help ignores arguments") << "help me \"now\"" << C{C::Help{}};
-        QTest::newRow("? ignores arguments") << "? rm" << C{C::Help{}};
-        QTest::newRow("exit") << "exit" << C{C::Exit{}};
-        QTest::newRow("version") << "version" << C{C::Version{}};
-        QTest::newRow("quoted command word") << "\"undo\"" << C{C::Undo{}};
+        table<QString, ShellCommand>({"line", "command"}, {
+            {"add", C{C::Add{}}},
+            {"NEW \"\"", C{C::Add{""}}},
+            {"add  my   timer", C{C::Add{"my timer"}}},
+            {"add \"my   timer\"", C{C::Add{"my   timer"}}},
+            {"start 1", C{C::Start{T::number(1)}}},
+            {"play all", C{C::Start{T::all()}}},
+            {"STOP Email", C{C::Pause{T::name("Email")}}},
+            {"toggle all", C{C::Toggle{T::all()}}},
+            {"reset ALL", C{C::Reset{T::all()}}},
+            {"rm 0", C{C::Remove{T::name("0")}}}, // a position is at least 1
+            {"rm +3", C{C::Remove{T::number(3)}}},
+            {"rm 007", C{C::Remove{T::number(7)}}},
+            {"rm 9223372036854775807", C{C::Remove{T::number(INT64_MAX)}}},
+            {"rm 9223372036854775808", C{C::Remove{T::name("9223372036854775808")}}},
+            {"rm \"\"", C{C::Remove{T::name("")}}},
+            {"rm -2", C{C::Remove{T::name("-2")}}},
+            {"rm ++3", C{C::Remove{T::name("++3")}}},
+            {"rm 007x", C{C::Remove{T::name("007x")}}},
+            {u8"rm ٣", C{C::Remove{T::name(u8"٣")}}},
+            {u8"rm 3\u0301", C{C::Remove{T::name(u8"3\u0301")}}},
+            {"del 3", C{C::Remove{T::number(3)}}},
+            {"Delete \"Deep work\"", C{C::Remove{T::name("Deep work")}}},
+            {"rename 2 \"Deep  work\"", C{C::Rename{T::number(2), "Deep  work"}}},
+            {"rename 2 Deep  work", C{C::Rename{T::number(2), "Deep work"}}},
+            {"set work +15m", C{C::Set{T::name("work"), ShellTime::relative(900)}}},
+            {"mv 1 +2", C{C::Move{T::number(1), 2}}},
+            {"move 2 1", C{C::Move{T::number(2), 1}}},
+            {"style Neo   Classic", C{C::Style{"Neo Classic"}}},
+            {"\"undo\"", C{C::Undo{}}},
+            {"redo", C{C::Redo{}}},
+            {"clear", C{C::Clear{}}},
+            {"help me \"now\"", C{C::Help{}}}, // help ignores its arguments
+            {"? rm", C{C::Help{}}},
+            {"exit", C{C::Exit{}}},
+            {"quit", C{C::Exit{}}},
+            {"version", C{C::Version{}}},
+            {"about", C{C::Version{}}},
+        });
     }
     void parse()
     {
         QFETCH(QString, line);
         QFETCH(ShellCommand, command);
         QCOMPARE(Shell::parse(line), std::optional<ShellCommand>(command));
-    }
-
-    // The case order is part of the value's identity (comparison, any serialisation).
-    void caseOrder()
-    {
-        const char *lines[] = {"add", "start 1", "pause 1", "toggle 1", "reset 1", "rm 1",
-                               "rename 1 x", "set 1 0", "mv 1 1", "style x", "undo", "redo",
-                               "clear", "help", "exit", "version"};
-        size_t index = 0;
-        for (const char *line : lines)
-            QCOMPARE(Shell::parse(QString::fromUtf8(line))->value.index(), index++);
-    }
-
-    void noWords_data()
-    {
-        QTest::addColumn<QString>("line");
-        QTest::newRow("empty") << "";
-        QTest::newRow("spaces") << "   ";
-        QTest::newRow("tabs and spaces") << "\t \t";
-    }
-    void noWords()
-    {
-        QFETCH(QString, line);
-        QCOMPARE(Shell::parse(line), std::nullopt);
+        QCOMPARE(Shell::parse(" \t "), std::nullopt);
     }
 
     void parseFailure_data()
     {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("unknown") << "Frob" << "unknown command: Frob (type help)";
-        QTest::newRow("unknown with args") << "frob x" << "unknown command: frob (type help)";
-        QTest::newRow("unknown before usage") << u8"ÄDD" << u8"unknown command: ÄDD (type help)";
-        QTest::newRow("quote before unknown") << "frob \"x" << "missing closing quote";
-        QTest::newRow("start none") << "start" << "usage: start <timer|all>";
-        QTest::newRow("start two") << "start 1 2" << "usage: start <timer|all>";
-        QTest::newRow("toggle") << "toggle 1 2" << "usage: toggle <timer>";
-        QTest::newRow("rm via alias") << "del" << "usage: rm <timer|all>";
-        QTest::newRow("rename one") << "rename 2" << "usage: rename <timer> <name>";
-        QTest::newRow("set one") << "set 1" << "usage: set <timer> 1:30:00 | +15m | -5m";
-        QTest::newRow("set bad time") << "set 1 5:60" << "not a time: 5:60";
-        QTest::newRow("set too long") << "set 1 1000:00:00" << "too long: the most is 999:59:59";
-        QTest::newRow("mv zero") << "mv 1 0" << "usage: mv <timer> <position>";
-        QTest::newRow("mv word") << "mv 1 x" << "usage: mv <timer> <position>";
-        QTest::newRow("mv all") << "mv 1 all" << "usage: mv <timer> <position>";
-        QTest::newRow("mv negative") << "move 1 -2" << "usage: mv <timer> <position>";
-        QTest::newRow("mv one") << "mv 1" << "usage: mv <timer> <position>";
-        QTest::newRow("mv overflow") << "mv 1 9223372036854775808" << "usage: mv <timer> <position>";
-        QTest::newRow("style") << "style" << "usage: style <name>";
-        QTest::newRow("undo") << "undo x" << "usage: undo";
-        QTest::newRow("exit now") << "exit now" << "usage: exit";
-        QTest::newRow("about") << "about me" << "usage: version";
-        QTest::newRow("empty argument counts") << "undo \"\"" << "usage: undo";
+        table<QString, QString>({"line", "message"}, {
+            {"Frob x", "unknown command: Frob (type help)"},
+            {"remove 1", "unknown command: remove (type help)"}, // the case name is no command word
+            {u8"ÄDD", u8"unknown command: ÄDD (type help)"},
+            {"frob \"x", "missing closing quote"},
+            {"start", "usage: start <timer|all>"},
+            {"pause 1 2", "usage: pause <timer|all>"},
+            {"toggle 1 2", "usage: toggle <timer>"},
+            {"reset", "usage: reset <timer|all>"},
+            {"del", "usage: rm <timer|all>"},
+            {"rename 2", "usage: rename <timer> <name>"},
+            {"set 1", "usage: set <timer> 1:30:00 | +15m | -5m"},
+            {"set 1 5:60", "not a time: 5:60"},
+            {"set 1 1000:00:00", tooLong},
+            {"mv 1 0", "usage: mv <timer> <position>"},
+            {"mv 1 all", "usage: mv <timer> <position>"},
+            {"move 1 -2", "usage: mv <timer> <position>"},
+            {"mv 1 9223372036854775808", "usage: mv <timer> <position>"},
+            {"style", "usage: style <name>"},
+            {"undo \"\"", "usage: undo"}, // an empty argument counts
+            {"exit now", "usage: exit"},
+            {"about me", "usage: version"},
+        });
     }
     void parseFailure()
     {
         QFETCH(QString, line);
         QFETCH(QString, message);
         QCOMPARE(shellErrorOf([&] { Shell::parse(line); }), message);
+    }
+
+    // A time as "90" (absolute) or "+90" (relative), else the error message.
+    void parseTime_data()
+    {
+        table<QString, QString>({"word", "result"}, {
+            {"1:30:00", "5400"},
+            {"-0", "+0"},
+            {"90:00", "5400"},
+            {"41:15:00:00", "3596400"},
+            {"-999:59:59", "-3599999"},
+            {"+15m", "+900"},
+            {"-5m", "-300"},
+            {"1d2H3m4S", "93784"},
+            {"30m1h", "5400"},
+            {"999h59m59s", "3599999"},
+            {"5:60", "not a time: 5:60"},
+            {"1:24:00:00", "not a time: 1:24:00:00"},
+            {"1:2:3:4:5", "not a time: 1:2:3:4:5"},
+            {":30", "not a time: :30"},
+            {"1:30m", "not a time: 1:30m"},
+            {"", "not a time: "},
+            {"1h-5m", "not a time: 1h-5m"},
+            {"1h30", "not a time: 1h30"},
+            {"m5", "not a time: m5"},
+            {"1w", "not a time: 1w"},
+            {u8"٣٠", u8"not a time: ٣٠"},
+            {u8"1\u0301h", u8"not a time: 1\u0301h"},
+            {"99999999999999999999:00", "not a time: 99999999999999999999:00"},
+            {"1000:00:00", tooLong},
+            {"3600000", tooLong},
+            {"1000h", tooLong},
+            {"99999999999999999999", tooLong},
+            {"99999999999999999999h", tooLong},
+            {"9223372036854775807d", tooLong},
+            {"9223372036854775807s1s", tooLong},
+            {"9223372036854775807:00", tooLong},
+            {"99999999999999999999w", tooLong},
+        });
+    }
+    void parseTime()
+    {
+        QFETCH(QString, word);
+        QFETCH(QString, result);
+        try {
+            QCOMPARE(describe(tock::parseTime(word)), result);
+        } catch (const ShellError &e) {
+            QCOMPARE(e.message, result);
+        }
+    }
+
+    // The names of the timers resolved, joined by " + ", or the error message.
+    void resolve_data()
+    {
+        using enum Shell::AllowAll;
+        table<QStringList, ShellTarget, Shell::AllowAll, QString>({"names", "target", "allowAll", "result"}, {
+            {three, T::number(3), no, "Email"},
+            {three, T::all(), yes, "Deep work + Design + Email"},
+            {three, T::name("DEEP"), no, "Deep work"},
+            {three, T::name("e"), no, "Email"},
+            {{"Design review", "design"}, T::name("Design"), no, "design"}, // exact beats prefix
+            {{"x", "Work", "work"}, T::name("WORK"), no, "Work"},
+            {{"Solo"}, T::name(""), no, "Solo"},
+            {{u8"ÉCOLE"}, T::name(u8"école"), no, u8"ÉCOLE"},
+            {{u8"Caf\u00E9"}, T::name(u8"cafe\u0301"), no, u8"Caf\u00E9"},
+            {{u8"Cafe\u0301 au lait"}, T::name(u8"caf\u00E9"), no, u8"Cafe\u0301 au lait"},
+            {three, T::number(4), yes, "no timer 4"},
+            {three, T::number(INT64_MAX), yes, "no timer 9223372036854775807"},
+            {{}, T::all(), no, "pick one timer, not all"},
+            {{}, T::all(), yes, "no timers"},
+            {three, T::name("X"), yes, "no timer named X"},
+            {{}, T::name(""), yes, "no timer named "},
+            {three, T::name("de"), yes, "ambiguous: Deep work, Design"},
+            {three, T::name(""), yes, "ambiguous: Deep work, Design, Email"},
+            {{u8"Cafe\u0301"}, T::name("cafe"), yes, "no timer named cafe"}, // whole characters only
+        });
+    }
+    void resolve()
+    {
+        QFETCH(QStringList, names);
+        QFETCH(ShellTarget, target);
+        QFETCH(Shell::AllowAll, allowAll);
+        QFETCH(QString, result);
+        const QList<TimerItem> timers = timersNamed(names);
+        try {
+            QStringList found;
+            for (const QUuid &id : Shell::resolve(target, timers, allowAll))
+                found.append(std::find_if(timers.cbegin(), timers.cend(), [&](auto &t) { return t.id == id; })->name);
+            QCOMPARE(found.join(" + "), result);
+        } catch (const ShellError &e) {
+            QCOMPARE(e.message, result);
+        }
+    }
+
+    void complete_data()
+    {
+        table<QString, QStringList, QString>({"line", "names", "expected"}, { // "-": no completion
+            {"  sta", three, "  start "},
+            {"sta\t", three, "start "}, // a tab is part of the word
+            {"st", three, "-"},
+            {"", three, "-"},
+            {"del", three, "-"}, // aliases are not offered
+            {"rm ", {}, "rm all "},
+            {"rm ", three, "-"},
+            {"rm d", three, "rm De"},
+            {"rm D", {"deep work", "Design"}, "rm de"},
+            {"rm dee", three, "rm \"Deep work\" "},
+            {"rm dee", {"Deep work", "Deep sleep"}, "rm \"Deep "},
+            {"rm \"Deep ", {"Deep work", "Deep sleep"}, "-"},
+            {"rm \"deep w\"", three, "rm \"Deep work\" "},
+            {"rm 'deep w'", three, "rm 'deep \"Deep work\" "}, // single quotes are plain here
+            {"rm AL", three, "rm all "},
+            {"DEL e", three, "DEL Email "},
+            {"rename 1 x", three, "-"},
+            {"add x", three, "-"},
+            {"style cl", three, "style classic "},
+            {"style x co", three, "style x color "},
+            {"rm zz", three, "-"},
+            {u8"rm cafe\u0301", {u8"Caf\u00E9 au lait"}, u8"rm \"Caf\u00E9 au lait\" "},
+            {"rm cafe", {u8"Caf\u00E9"}, "-"},
+            {u8"rm 👩", {u8"👩‍💻 code"}, "-"},
+            {u8"rm \u00E9", {u8"e\u0301a", u8"e\u0301b"}, "-"}, // counted in characters
+            {u8"rm 👩‍💻", {u8"👩‍💻 code", u8"👩‍💻 review"}, u8"rm \"👩‍💻 "},
+        });
+    }
+    void complete()
+    {
+        QFETCH(QString, line);
+        QFETCH(QStringList, names);
+        QFETCH(QString, expected);
+        const QStringList styles{"classic", "color", "gameboy", "braun", "amber", "flap", "shell"};
+        QCOMPARE(Shell::complete(line, names, styles).value_or("-"), expected);
+    }
+
+    void rawLength()
+    {
+        for (const auto &[line, length] : {std::pair<QString, int>{"rm ", 0}, {"rm \"a b\"", 5}, {"rm 'a b'", 2},
+                                           {"rm a\tb", 3}, {"rm \"a b", 1}, {"a b\"", 4}})
+            QCOMPARE(line + u' ' + QString::number(Shell::rawLength(line)), line + u' ' + QString::number(length));
+    }
+
+    // Entries given, then lines recorded, under a limit.
+    void record_data()
+    {
+        table<QStringList, QStringList, int, QStringList>({"given", "lines", "limit", "entries"}, {
+            {{"a", "b", "c", "d"}, {}, 2, {"c", "d"}},
+            {{"a"}, {}, 0, {}},
+            {{}, {"ls", "ls", "  ls  "}, 50, {"ls"}},
+            {{}, {"ls", "pwd", "ls"}, 50, {"ls", "pwd", "ls"}},
+            {{}, {"", " \t ", "\tadd  x \t"}, 50, {"add  x"}},
+            {{}, {"a\n", "\na"}, 50, {"a\n", "\na"}},
+            {{"a"}, {"b", "c"}, 2, {"b", "c"}},
+            {{}, {"a"}, 0, {}},
+        });
+    }
+    void record()
+    {
+        QFETCH(QStringList, given);
+        QFETCH(QStringList, lines);
+        QFETCH(int, limit);
+        QFETCH(QStringList, entries);
+        ShellHistory history(given, limit);
+        for (const QString &line : lines)
+            history.record(line);
+        QCOMPARE(history.entries(), entries);
+    }
+
+    void fiftyByDefault()
+    {
+        ShellHistory history;
+        for (int i = 1; i <= 51; ++i)
+            history.record(QString::number(i));
+        QCOMPARE(history.entries().first(), "2");
+        QCOMPARE(history.entries().size(), 50);
+    }
+
+    // Steps: "u:<current>" up, "d:<current>" down, "r:<line>" record, "x" reset browsing; the
+    // results are what each up and down returned.
+    void browsing_data()
+    {
+        const QStringList abc{"a", "b", "c"};
+        table<QStringList, QStringList, QStringList>({"entries", "steps", "results"}, {
+            {abc, {"u:new", "u:c", "d:b", "d:c", "d:z"}, {"c", "b", "c", "new", "z"}},
+            {abc, {"u:", "u:", "u:", "u:", "d:"}, {"c", "b", "a", "a", "b"}},
+            {{}, {"u:x", "d:y"}, {"x", "y"}},
+            {abc, {"d:typed"}, {"typed"}},
+            {abc, {"u:t", "r: ", "d:now"}, {"c", "now"}},
+            {abc, {"u:t", "r:d", "u:e", "d:d"}, {"c", "d", "e"}},
+            {abc, {"u:one", "x", "d:z", "u:two", "d:c"}, {"c", "z", "c", "two"}},
+            {abc, {"u:", "u:", "x", "u:"}, {"c", "b", "c"}},
+        });
+    }
+    void browsing()
+    {
+        QFETCH(QStringList, entries);
+        QFETCH(QStringList, steps);
+        QFETCH(QStringList, results);
+        ShellHistory history(entries);
+        QStringList returned;
+        for (const QString &step : steps) {
+            if (step.startsWith(u"u:"))
+                returned.append(history.up(step.mid(2)));
+            else if (step.startsWith(u"d:"))
+                returned.append(history.down(step.mid(2)));
+            else if (step.startsWith(u"r:"))
+                history.record(step.mid(2));
+            else
+                history.resetBrowsing();
+        }
+        QCOMPARE(returned, results);
     }
 };
 

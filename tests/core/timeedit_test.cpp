@@ -1,6 +1,10 @@
+// Durations as shown and the H:MM:SS edit mask.
 #include "timeedit.h"
 
+#include <QLocale>
 #include <QTest>
+
+#include <cmath>
 
 using namespace tock;
 
@@ -14,6 +18,11 @@ std::array<QString, 3> fields(const QString &s)
 }
 
 // "Mfa": the field's initial, then f for fresh and a for justAdvanced.
+QString code(const MaskCursor &c)
+{
+    return QString(u"HMS"[int(c.field)]) + (c.fresh ? "f" : "") + (c.justAdvanced ? "a" : "");
+}
+
 MaskCursor cursor(const QString &s)
 {
     MaskCursor c(s[0] == u'H' ? TimeField::hours : s[0] == u'M' ? TimeField::minutes : TimeField::seconds,
@@ -27,119 +36,102 @@ MaskCursor cursor(const QString &s)
 class TimeEditTest : public QObject {
     Q_OBJECT
 private slots:
-    void fieldTexts()
+    void durations()
+    {
+        for (const auto &[total, text] : {std::pair<double, QString>{0, "00:00:00"}, {59.9, "00:00:59"},
+                                          {3661.7, "01:01:01"}, {360000, "100:00:00"}, {3599999, "999:59:59"},
+                                          {5e6, "999:59:59"}, {HUGE_VAL, "999:59:59"}, {-1, "00:00:00"},
+                                          {std::nan(""), "00:00:00"}}) {
+            const QStringList parts = text.split(u':');
+            const HMS hms{parts[0].toInt(), parts[1].toInt(), parts[2].toInt()};
+            QCOMPARE(TimeFormat::string(total), text);
+            QCOMPARE(HMS::fromTotalSeconds(total), hms);
+            QCOMPARE(DisplayClock::wholeSeconds(total), hms.totalSeconds());
+        }
+        const QLocale saved;
+        QLocale::setDefault(QLocale(QLocale::Arabic, QLocale::Egypt));
+        const QString text = TimeFormat::string(3725);
+        QLocale::setDefault(saved);
+        QCOMPARE(text, "01:02:05"); // ASCII digits in every locale
+        QVERIFY((HMS{999, 59, 59}.isValid()));
+        for (const HMS bad : {HMS{1000, 0, 0}, HMS{0, 60, 0}, HMS{0, 0, 60}, HMS{-1, 0, 0}, HMS{0, 0, -1}})
+            QVERIFY(!bad.isValid());
+        // The display never goes back by itself, steps when 1-2 s behind and jumps at 3 (-1: nothing shown yet).
+        for (const auto &[shown, exact, next] : {std::tuple<int64_t, int64_t, int64_t>{-1, 7, 7}, {5, 5, 5}, {5, 6, 6},
+                                                 {5, 7, 6}, {5, 8, 8}, {9, 2, 9}})
+            QCOMPARE(DisplayClock::advance(shown < 0 ? std::nullopt : std::optional(shown), exact), next);
+    }
+
+    void mask()
     {
         QCOMPARE(TimeFields::label(TimeField::hours), "Hours");
+        QCOMPARE(TimeFields::label(TimeField::minutes), "Minutes");
         QCOMPARE(TimeFields::label(TimeField::seconds), "Seconds");
         QCOMPARE(TimeFields::sanitize(TimeField::hours, "1a2b3c4"), "123");
-        QCOMPARE(TimeFields::sanitize(TimeField::seconds, "1a2b3c4"), "12");
-        QCOMPARE(TimeFields::sanitize(TimeField::minutes, QStringLiteral("\u0663\uFF14 5")), "5");
-    }
-
-    void value_data()
-    {
-        QTest::addColumn<TimeField>("field");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<qint64>("expected"); // -1: absent
-        QTest::newRow("empty hours") << TimeField::hours << "" << qint64(0);
-        QTest::newRow("empty seconds") << TimeField::seconds << "" << qint64(0);
-        QTest::newRow("leading zeros") << TimeField::hours << "007" << qint64(7);
-        QTest::newRow("most hours") << TimeField::hours << "999" << qint64(999);
-        QTest::newRow("hours too long") << TimeField::hours << "1000" << qint64(-1);
-        QTest::newRow("60 minutes") << TimeField::minutes << "60" << qint64(-1);
-        QTest::newRow("seconds too long") << TimeField::seconds << "005" << qint64(-1);
-        QTest::newRow("plus sign") << TimeField::minutes << "+5" << qint64(-1);
-        QTest::newRow("non-ASCII digit") << TimeField::seconds << QStringLiteral("\u0665") << qint64(-1);
-    }
-    void value()
-    {
-        QFETCH(TimeField, field);
-        QFETCH(QString, text);
-        QFETCH(qint64, expected);
-        QCOMPARE(TimeFields::value(field, text), expected < 0 ? std::nullopt : std::optional<int64_t>(expected));
-    }
-
-    void cursorDoesNotWrap()
-    {
-        MaskCursor c = cursor("S");
-        c.next();
-        QCOMPARE(c, cursor("S"));
-        c.justAdvanced = true;
-        c.previous();
-        c.previous();
-        QCOMPARE(c, cursor("Hf"));
-        c.fresh = false;
-        c.previous();
-        QCOMPARE(c, cursor("H"));
-    }
-
-    void draftFromSeconds()
-    {
+        QCOMPARE(TimeFields::sanitize(TimeField::seconds, QStringLiteral("\u0663\uFF14 5x67")), "56");
+        // The field, its text, the value ("-": absent).
+        using enum TimeField;
+        for (const auto &[field, text, value] :
+             {std::tuple<TimeField, QString, QString>{hours, "", "0"}, {hours, "007", "7"}, {hours, "999", "999"},
+              {hours, "1000", "-"}, {minutes, "60", "-"}, {seconds, "005", "-"}, {minutes, "+5", "-"},
+              {seconds, QStringLiteral("\u0665"), "-"}}) {
+            const std::optional<int64_t> v = TimeFields::value(field, text);
+            QCOMPARE(text + " -> " + (v ? QString::number(*v) : "-"), text + " -> " + value);
+        }
         QCOMPARE(TimeEditDraft(3725).texts, fields("01:02:05"));
-        QCOMPARE(TimeEditDraft(432000).texts, fields("120:00:00"));
-        QCOMPARE(TimeEditDraft(5e6).texts, fields("999:59:59"));
-        QCOMPARE(TimeEditDraft(5e6).original, fields("999:59:59"));
+        MaskCursor c = cursor("Sa");
+        c.next();
+        QCOMPARE(code(c), "Sa"); // no wrap either way
+        for (int i = 0; i < 3; ++i)
+            c.previous();
+        QCOMPARE(code(c), "Hf");
     }
 
-    // "⌫" is backspace, "↑"/"↓" step by one, anything else is typed; `used` has one 1 or 0 per
-    // typed key telling whether it was taken. The draft starts with texts = original = `from`.
-    void keys_data()
-    {
-        QTest::addColumn<QString>("from");
-        QTest::addColumn<QString>("start");
-        QTest::addColumn<QString>("keys");
-        QTest::addColumn<QString>("used");
-        QTest::addColumn<QString>("texts");
-        QTest::addColumn<QString>("end");
-        QTest::addColumn<bool>("valid");
-        QTest::addColumn<bool>("unchanged");
-        QTest::newRow("seven digits") << "00:00:00" << "Hf" << "1234567" << "1111111" << "123:45:67" << "S" << false << false;
-        QTest::newRow("fresh replaces") << "00:45:00" << "Mf" << "7" << "1" << "00:7:00" << "M" << true << false;
-        QTest::newRow("full advances") << "00:45:00" << "Mf" << "78" << "11" << "00:78:00" << "Sfa" << false << false;
-        QTest::newRow("separator swallowed") << "00:45:00" << "Mf" << "78:" << "111" << "00:78:00" << "Sf" << false << false;
-        QTest::newRow("short hours") << "00:00:00" << "Hf" << "1." << "11" << "1:00:00" << "Mf" << true << false;
-        QTest::newRow("retyped is unchanged") << "01:02:05" << "Hf" << "1:" << "11" << "1:02:05" << "Mf" << true << true;
-        QTest::newRow("spaces move on") << "00:00:00" << "Hf" << "  " << "11" << "00:00:00" << "Sf" << true << true;
-        QTest::newRow("separator on seconds") << "00:00:00" << "S" << ":" << "1" << "00:00:00" << "S" << true << true;
-        QTest::newRow("refused keys") << "00:00:00" << "Hf" << QStringLiteral("a-\u0661") << "000" << "00:00:00" << "Hf" << true << true;
-        QTest::newRow("full seconds restart") << "00:00:00" << "S" << "123" << "111" << "00:00:3" << "S" << true << false;
-        QTest::newRow("backspace") << "00:45:00" << "M" << "⌫" << "" << "00:4:00" << "M" << true << false;
-        QTest::newRow("backspace fresh") << "00:45:00" << "Mfa" << "⌫⌫" << "" << "00::00" << "Ma" << true << false;
-        QTest::newRow("step wraps") << "00:59:00" << "Ma" << "↑" << "" << "00:00:00" << "Mfa" << true << false;
-        QTest::newRow("hours below zero") << "00:00:00" << "H" << "↓" << "" << "999:00:00" << "Hf" << true << false;
-        QTest::newRow("hours above 999") << "999:00:00" << "H" << "↑" << "" << "00:00:00" << "Hf" << true << false;
-        QTest::newRow("invalid counts as 0") << "00:75:00" << "M" << "↑" << "" << "00:01:00" << "Mf" << true << false;
-        QTest::newRow("digit after step") << "00:00:00" << "S" << "↑4" << "1" << "00:00:4" << "S" << true << false;
-    }
+    // From a draft whose texts and original are `from` and a cursor, keys are pressed: "⌫" is
+    // backspace, "↑"/"↓" step by one, anything else is typed. The outcome reads: the texts, the
+    // cursor, 1 or 0 per typed key for whether it was taken, valid or not, unchanged or not.
     void keys()
     {
-        QFETCH(QString, from);
-        QFETCH(QString, start);
-        QFETCH(QString, keys);
-        QFETCH(QString, used);
-        QFETCH(QString, texts);
-        QFETCH(QString, end);
-        QFETCH(bool, valid);
-        QFETCH(bool, unchanged);
-        TimeEditDraft draft(0);
-        draft.texts = draft.original = fields(from);
-        MaskCursor c = cursor(start);
-        QString taken;
-        for (QChar key : keys) {
-            if (key == u'⌫')
-                draft.backspace(c);
-            else if (key == u'↑' || key == u'↓')
-                draft.step(key == u'↑' ? 1 : -1, c);
-            else
-                taken += draft.type(key, c) ? u'1' : u'0';
+        const QStringList rows{
+            "00:00:00 Hf 1234567 -> 123:45:67 S 1111111 invalid changed",
+            "00:45:00 Mf 7 -> 00:7:00 M 1 valid changed",
+            "00:45:00 Mf 78 -> 00:78:00 Sfa 11 invalid changed",
+            "00:45:00 Mf 78: -> 00:78:00 Sf 111 invalid changed", // the separator is swallowed
+            "00:00:00 Hf 1. -> 1:00:00 Mf 11 valid changed",
+            "01:02:05 Hf 1: -> 1:02:05 Mf 11 valid unchanged",
+            "00:00:00 Hf ␣␣ -> 00:00:00 Sf 11 valid unchanged", // ␣ types a space
+            "00:00:00 S : -> 00:00:00 S 1 valid unchanged",
+            QStringLiteral("00:00:00 Hf a-\u0661 -> 00:00:00 Hf 000 valid unchanged"),
+            "00:00:00 S 123 -> 00:00:3 S 111 valid changed", // a full seconds field starts over
+            "00:45:00 M ⌫ -> 00:4:00 M  valid changed",
+            "00:45:00 Mfa ⌫⌫ -> 00::00 Ma  valid changed",
+            "00:59:00 Ma ↑ -> 00:00:00 Mfa  valid changed",
+            "00:00:00 H ↓ -> 999:00:00 Hf  valid changed",
+            "999:00:00 H ↑ -> 00:00:00 Hf  valid changed",
+            "00:75:00 M ↑ -> 00:01:00 Mf  valid changed", // an invalid field counts as 0
+            "00:00:00 S ↑4 -> 00:00:4 S 1 valid changed",
+        };
+        for (const QString &row : rows) {
+            const QStringList in = row.section(QStringLiteral(" -> "), 0, 0).split(u' ');
+            TimeEditDraft draft(0);
+            draft.texts = draft.original = fields(in[0]);
+            MaskCursor c = cursor(in[1]);
+            QString taken;
+            for (QChar key : in[2]) {
+                if (key == u'⌫')
+                    draft.backspace(c);
+                else if (key == u'↑' || key == u'↓')
+                    draft.step(key == u'↑' ? 1 : -1, c);
+                else
+                    taken += draft.type(key == u'␣' ? u' ' : key, c) ? u'1' : u'0';
+            }
+            QCOMPARE(draft.isValid(), draft.value().has_value());
+            QCOMPARE(draft.original, fields(in[0]));
+            const QString outcome = QStringList(draft.texts.cbegin(), draft.texts.cend()).join(u':') + ' ' + code(c)
+                + ' ' + taken + (draft.isValid() ? " valid" : " invalid")
+                + (draft.isUnchanged() ? " unchanged" : " changed");
+            QCOMPARE(in.join(u' ') + " -> " + outcome, row);
         }
-        QCOMPARE(taken, used);
-        QCOMPARE(draft.texts, fields(texts));
-        QCOMPARE(c, cursor(end));
-        QCOMPARE(draft.isValid(), valid);
-        QCOMPARE(draft.value().has_value(), valid);
-        QCOMPARE(draft.isUnchanged(), unchanged);
-        QCOMPARE(draft.original, fields(from));
     }
 };
 
