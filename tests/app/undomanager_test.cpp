@@ -29,29 +29,21 @@ private Q_SLOTS:
     {
         UndoManager m;
         Counter c{m};
-        QCOMPARE(m.undoMenuItemTitle(), "Undo");
+        QStringList trace; // value, then the two menu titles, after each command
+        const auto note = [&] { trace << QStringLiteral("%1 %2 / %3").arg(c.value).arg(m.undoMenuItemTitle(), m.redoMenuItemTitle()); };
+        note();
         c.add(1, "Reset Timer");
         c.add(10, "Move Timer");
-        QCOMPARE(m.undoMenuItemTitle(), "Undo Move Timer");
-        m.undo();
-        QCOMPARE(c.value, 1);
-        QCOMPARE(m.undoMenuItemTitle(), "Undo Reset Timer");
-        QCOMPARE(m.redoMenuItemTitle(), "Redo Move Timer");
-        m.undo();
-        QVERIFY(!m.canUndo());
-        m.redo();
-        QCOMPARE(c.value, 1);
-        QCOMPARE(m.redoMenuItemTitle(), "Redo Move Timer"); // the second redo step survives a redo
-        m.redo();
-        QCOMPARE(c.value, 11);
-        QVERIFY(!m.canRedo());
-        m.undo();
+        for (const auto command : {&UndoManager::undo, &UndoManager::undo, &UndoManager::redo, &UndoManager::redo, &UndoManager::undo}) {
+            (m.*command)();
+            note();
+        }
         c.add(5); // a new step clears redo
-        QVERIFY(!m.canRedo());
-        m.undo();
-        m.undo();
-        QCOMPARE(c.value, 0);
-
+        note();
+        QCOMPARE(trace, (QStringList{"0 Undo / Redo", "1 Undo Reset Timer / Redo Move Timer", "0 Undo / Redo Reset Timer",
+                                     "1 Undo Reset Timer / Redo Move Timer", "11 Undo Move Timer / Redo",
+                                     "1 Undo Reset Timer / Redo Move Timer", "6 Undo Add / Redo"}));
+        m.removeAllActions();
         m.registerUndo([] {}); // a step without an inverse leaves no redo
         m.undo();
         QVERIFY(!m.canUndo() && !m.canRedo());
