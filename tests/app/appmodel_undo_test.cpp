@@ -8,14 +8,14 @@ class AppModelUndoTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     // The newest toast: its step is on top, so it goes through the manager and redo works.
-    void toastInOrder_data()
+    void toastUndoInOrder_data()
     {
         QTest::addColumn<bool>("remove");
         QTest::addColumn<QString>("message");
         QTest::newRow("two resets: the toast undoes its own reset only") << false << "Reset “B”";
         QTest::newRow("toast undo in order goes through the undo manager") << true << "Deleted “B”";
     }
-    void toastInOrder()
+    void toastUndoInOrder()
     {
         QFETCH(bool, remove);
         QFETCH(QString, message);
@@ -41,20 +41,21 @@ private Q_SLOTS:
 
     // An older toast pressed under a newer step undoes only its own action, and the manager's
     // copy of that step later does nothing.
-    void toastOutOfOrder_data()
+    void toastUndoOutOfOrderDoesNotScrambleTheHistory_data()
     {
         QTest::addColumn<QString>("newer");
         QTest::newRow("move above it") << "move";
         QTest::newRow("set above it") << "set";
         QTest::newRow("an old toast with a same-named newer action above it") << "reset";
     }
-    void toastOutOfOrder()
+    void toastUndoOutOfOrderDoesNotScrambleTheHistory()
     {
         QFETCH(QString, newer);
         ModelFixture f;
+        const QUuid a = f.id(0);
         f.set(0, 100);
         f.set(1, 200);
-        f.m().reset(f.id(0));
+        f.m().reset(a);
         const Toast old = *f.m().toast();
         if (newer == "move")
             f.m().moveTimer(f.id(2), 0);
@@ -66,9 +67,9 @@ private Q_SLOTS:
         f.m().showToast(old); // the older toast is the one on screen
         f.m().undoToast();
         QVERIFY(!f.m().toast());
-        QCOMPARE(f.m().board().timer(old.entry.timer().id)->elapsed(0), 100.0);
+        QCOMPARE(f.m().board().timer(a)->elapsed(0), 100.0);
         Board expected = afterNewer; // nothing but A changed
-        expected.timers[expected.index(old.entry.timer().id).value()] = f.m().board().timer(old.entry.timer().id).value();
+        expected.timers[*expected.index(a)] = *f.m().board().timer(a);
         QCOMPARE(f.m().board().timers, expected.timers);
 
         f.undo.undo(); // the newer step first
