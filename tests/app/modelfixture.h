@@ -64,6 +64,15 @@ struct ModelFixture {
         return out;
     }
     void advance(double seconds) { v.advance(seconds); }
+    // The command line's `set`: row i to `seconds` now.
+    void set(qsizetype i, double seconds) { model->setTime(id(i), seconds, timer(i), v.clock->now()); }
+    // One whole swipe of row i on a 300-wide row.
+    void swipeRow(qsizetype i, double delta)
+    {
+        model->beginSwipe(id(i));
+        model->swipe(delta);
+        model->endSwipe(300);
+    }
 
     // What timers.json holds now; absent when it does not exist.
     std::optional<Snapshot> saved() const
