@@ -500,6 +500,8 @@ void AppModel::deleteTimer(const QUuid &id)
         setHoveredID(std::nullopt);
     if (nameFocusID_ == id)
         setNameFocusID(std::nullopt);
+    if (swipeID_ == id)
+        setSwipe(std::nullopt, 0); // deleted mid-drag (say, from the prompt): nothing left to reveal
     if (editingID_ == id)
         cancelEdit();
     Board board = board_;

@@ -339,6 +339,14 @@ private Q_SLOTS:
         f.m().beginEdit(f.id(0));
         f.swipeRow(0, -200); // the row being edited does not swipe
         QCOMPARE(f.names(), QStringList{"B"});
+
+        f.m().cancelEdit();
+        f.m().beginSwipe(f.id(0));
+        f.m().swipe(-60);
+        f.m().deleteTimer(f.id(0)); // deleted mid-drag: the gesture ends with it
+        f.m().endSwipe(300);
+        QVERIFY(!f.m().swipeID());
+        QVERIFY(!f.m().revealedID());
     }
 
     void noticeTexts_data()
