@@ -97,30 +97,22 @@ private slots:
     {
         const Instant now = savedInstant + 0.999;
         const QUuid idC = QUuid::createUuid(), idD = QUuid::createUuid();
-        const Board board({
-            {idA, QStringLiteral("long run"), HMS::maxSeconds - 10.0, now - 3600},
-            {idB, QStringLiteral("future"), 42.5, now + 100},
-            {idC, QStringLiteral("paused"), 7.75, std::nullopt},
-            {idD, QStringLiteral("running"), 1, now - 2.5},
-        });
+        const Board board({{idA, QStringLiteral("long run"), HMS::maxSeconds - 10.0, now - 3600},
+                           {idB, QStringLiteral("future"), 42.5, now + 100},
+                           {idC, QStringLiteral("paused"), 7.75, std::nullopt}});
         const Snapshot s(board, QStringLiteral("amber"), now);
-        const QList<Snapshot::Entry> entries{{idA, QStringLiteral("long run"), 3599999, true},
-                                             {idB, QStringLiteral("future"), 42.5, true},
-                                             {idC, QStringLiteral("paused"), 7.75, false},
-                                             {idD, QStringLiteral("running"), 3.5, true}};
-        QCOMPARE(s.timers, entries);
+        QCOMPARE(s.timers, (QList<Snapshot::Entry>{{idA, QStringLiteral("long run"), 3599999, true},
+                                                   {idB, QStringLiteral("future"), 42.5, true},
+                                                   {idC, QStringLiteral("paused"), 7.75, false}}));
         Snapshot back = Snapshot::decode(s.encoded());
         QCOMPARE(back.savedAt, savedAt);  // whole seconds only
         back.savedAt = s.savedAt;
         QCOMPARE(back, s);
-
         // Loading restarts nothing, and a stored -0 must not show as a negative time.
-        back.timers.append({QUuid::createUuid(), QStringLiteral("negative zero"), -0.0, true});
+        back.timers.append({idD, QStringLiteral("negative zero"), -0.0, true});
         const Board loaded = back.board();
-        QVERIFY(loaded.pauseHistory.isEmpty());
-        QCOMPARE(loaded.timers.size(), back.timers.size());
-        for (qsizetype i = 0; i < loaded.timers.size(); ++i)
-            QCOMPARE(loaded.timers[i], (TimerItem{back.timers[i].id, back.timers[i].name, back.timers[i].seconds, std::nullopt}));
+        QCOMPARE(loaded, Board({{idA, QStringLiteral("long run"), 3599999, std::nullopt}, {idB, QStringLiteral("future"), 42.5, std::nullopt},
+                                {idC, QStringLiteral("paused"), 7.75, std::nullopt}, {idD, QStringLiteral("negative zero"), 0, std::nullopt}}));
         QVERIFY(!std::signbit(loaded.timers.last().accumulated));
     }
 
@@ -133,7 +125,6 @@ private slots:
         // clang-format off
         QTest::newRow("valid") << document() << "ok";
         QTest::newRow("the limit") << document("1", "\"Tock\"", "3599999") << "ok";
-        QTest::newRow("negative zero") << document("1", "\"Tock\"", "-0.0") << "ok";
         QTest::newRow("over the limit") << document("1", "\"Tock\"", "3599999.5") << implausible;
         QTest::newRow("negative") << document("1", "\"Tock\"", "-1") << implausible;
         QTest::newRow("same id twice") << document("1", "\"Tock\"", "1", "0b6f5c3e-8d1a-4c2b-9e7f-1a2b3c4d5e6f") << implausible;
@@ -152,7 +143,6 @@ private slots:
         QTest::newRow("style not text") << members("\"savedAt\": \"2026-11-15T19:53:23Z\", \"style\": 3, \"timers\": []") << "json: \"style\" should be a string but is a number";
         QTest::newRow("array document") << QByteArray("[]") << "json: the document should be an object but is an array";
         QTest::newRow("empty file") << QByteArray() << "json: illegal value at byte 0";
-        QTest::newRow("truncated") << document().left(20) << "json: unterminated string at byte 21";
         // clang-format on
     }
     void decodeChecks()

@@ -38,24 +38,22 @@ struct Fixture {
     {
     }
     QString path(const QString &relative) const { return dir.path() + QLatin1Char('/') + relative; }
-    static QString backup(int n) { return QStringLiteral("Backups/timers-%1.json").arg(n); }
-    // One letter per file: '-' missing, 'V' valid (tagged with the file's name), 'D' implausible values,
-    // 'F' format 2, 'R' a folder in its place, 'E' valid but every read of it fails.
-    void plant(const QString &relative, QChar kind)
+    static QString file(int n) { return n ? QStringLiteral("Backups/timers-%1.json").arg(n) : QStringLiteral("timers.json"); }
+    // One letter per file, timers.json first, then each backup: '-' missing, 'V' valid (tagged with the
+    // file's name), 'D' implausible values, 'F' format 2, 'R' a folder in its place, 'E' valid but every
+    // read of it fails.
+    void plant(const QString &layout)
     {
-        switch (kind.toLatin1()) {
-        case 'E': fs->failOn(Op::read, relative, QStringLiteral("Input/output error")); [[fallthrough]];
-        case 'V': writeFile(path(relative), snap(relative).encoded()); break;
-        case 'D': writeFile(path(relative), implausible); break;
-        case 'F': writeFile(path(relative), formatTwo); break;
-        case 'R': QDir().mkpath(path(relative)); break;
+        for (int n = 0; n < layout.size(); ++n) {
+            const QString name = file(n);
+            switch (layout.at(n).toLatin1()) {
+            case 'E': fs->failOn(Op::read, name, QStringLiteral("Input/output error")); [[fallthrough]];
+            case 'V': writeFile(path(name), snap(name).encoded()); break;
+            case 'D': writeFile(path(name), implausible); break;
+            case 'F': writeFile(path(name), formatTwo); break;
+            case 'R': QDir().mkpath(path(name)); break;
+            }
         }
-    }
-    void plant(const QString &main, const QString &backups)
-    {
-        plant(QStringLiteral("timers.json"), main.at(0));
-        for (int n = 1; n <= backups.size(); ++n)
-            plant(backup(n), backups.at(n - 1));
     }
     QMap<QString, QByteArray> contents() const { return folderContents(dir.path()); }
 
@@ -63,6 +61,20 @@ struct Fixture {
     std::shared_ptr<FaultyFileSystem> fs;
     Store store;
 };
+
+// `before` with the backups rearranged: per number from 1, the old number now there, '-' none, 'M' timers.json.
+QMap<QString, QByteArray> shifted(QMap<QString, QByteArray> before, const QString &backups)
+{
+    auto after = before;
+    for (int n = 1; n <= backups.size(); ++n) {
+        const QChar from = backups.at(n - 1);
+        if (from == QLatin1Char('-'))
+            after.remove(Fixture::file(n));
+        else
+            after.insert(Fixture::file(n), before.value(Fixture::file(from == QLatin1Char('M') ? 0 : from.digitValue())));
+    }
+    return after;
+}
 
 QString describe(const std::function<void()> &action)
 {
@@ -81,47 +93,40 @@ class StoreTest : public QObject {
 private slots:
     void recoveryMatrix_data()
     {
-        QTest::addColumn<QString>("main");
-        QTest::addColumn<QString>("backups");
-        QTest::addColumn<QString>("from");          // "" loaded, "-" fresh, "?" unreadable, else the backup used
-        QTest::addColumn<QStringList>("damaged");   // relative paths of the originals copied to Damaged/
+        QTest::addColumn<QString>("layout");
+        QTest::addColumn<QString>("from");         // "" loaded, "-" fresh, "?" unreadable, else the backup used
+        QTest::addColumn<QStringList>("damaged");  // relative paths of the originals copied to Damaged/
         QTest::addColumn<QStringList>("reasons");
         QTest::addColumn<bool>("blocked");
         const QString bad = QStringLiteral("Implausible timer values");
         // clang-format off
-        QTest::newRow("nothing") << "-" << "---" << "-" << QStringList() << QStringList() << false;
-        QTest::newRow("valid main") << "V" << "---" << "" << QStringList() << QStringList() << false;
-        QTest::newRow("valid main, bad backups") << "V" << "DFR" << "" << QStringList() << QStringList() << false;
-        QTest::newRow("missing main, backup 1") << "-" << "V--" << "timers-1.json" << QStringList() << QStringList() << false;
-        QTest::newRow("missing main, backup 3") << "-" << "--V" << "timers-3.json" << QStringList() << QStringList() << false;
-        QTest::newRow("damaged main, backup 1") << "D" << "V--" << "timers-1.json" << QStringList{"timers.json"} << QStringList() << false;
-        QTest::newRow("main read fails, backup 1") << "E" << "V--" << "timers-1.json" << QStringList{"timers.json"} << QStringList() << false;
-        QTest::newRow("damaged main and backup 1") << "D" << "DV-" << "timers-2.json" << QStringList{"timers.json", "Backups/timers-1.json"} << QStringList() << false;
-        QTest::newRow("missing main, bad 1 and 2") << "-" << "FDV" << "timers-3.json" << QStringList{"Backups/timers-1.json", "Backups/timers-2.json"} << QStringList() << false;
-        QTest::newRow("foreign main, past a gap") << "F" << "-V-" << "timers-2.json" << QStringList{"timers.json"} << QStringList() << false;
+        QTest::newRow("nothing") << "----" << "-" << QStringList() << QStringList() << false;
+        QTest::newRow("valid main") << "V---" << "" << QStringList() << QStringList() << false;
+        QTest::newRow("valid main, bad backups") << "VDFR" << "" << QStringList() << QStringList() << false;
+        QTest::newRow("missing main, backup 1") << "-V--" << "timers-1.json" << QStringList() << QStringList() << false;
+        QTest::newRow("missing main, backup 3") << "---V" << "timers-3.json" << QStringList() << QStringList() << false;
+        QTest::newRow("damaged main, backup 1") << "DV--" << "timers-1.json" << QStringList{"timers.json"} << QStringList() << false;
+        QTest::newRow("main read fails, backup 1") << "EV--" << "timers-1.json" << QStringList{"timers.json"} << QStringList() << false;
+        QTest::newRow("damaged main and backup 1") << "DDV-" << "timers-2.json" << QStringList{"timers.json", "Backups/timers-1.json"} << QStringList() << false;
+        QTest::newRow("missing main, bad 1 and 2") << "-FDV" << "timers-3.json" << QStringList{"Backups/timers-1.json", "Backups/timers-2.json"} << QStringList() << false;
+        QTest::newRow("foreign main, past a gap") << "F-V-" << "timers-2.json" << QStringList{"timers.json"} << QStringList() << false;
         // A folder cannot be copied to Damaged/: recovered, but saving stays paused.
-        QTest::newRow("folder main, backup 1") << "R" << "V--" << "timers-1.json" << QStringList() << QStringList() << true;
-        QTest::newRow("damaged main alone") << "D" << "---" << "?" << QStringList() << QStringList{"timers.json: " + bad} << true;
-        QTest::newRow("missing main, bad backups") << "-" << "FD-" << "?" << QStringList() << QStringList{"timers.json: missing", "timers-1.json: Unsupported file format 2", "timers-2.json: " + bad} << true;
-        QTest::newRow("everything bad") << "R" << "D-E" << "?" << QStringList() << QStringList{"timers.json: Is a directory", "timers-1.json: " + bad, "timers-3.json: Input/output error"} << true;
+        QTest::newRow("folder main, backup 1") << "RV--" << "timers-1.json" << QStringList() << QStringList() << true;
+        QTest::newRow("damaged main alone") << "D---" << "?" << QStringList() << QStringList{"timers.json: " + bad} << true;
+        QTest::newRow("missing main, bad backups") << "-FD-" << "?" << QStringList() << QStringList{"timers.json: missing", "timers-1.json: Unsupported file format 2", "timers-2.json: " + bad} << true;
+        QTest::newRow("everything bad") << "RD-E" << "?" << QStringList() << QStringList{"timers.json: Is a directory", "timers-1.json: " + bad, "timers-3.json: Input/output error"} << true;
         // clang-format on
     }
     void recoveryMatrix()
     {
-        QFETCH(QString, main);
-        QFETCH(QString, backups);
+        QFETCH(QString, layout);
         QFETCH(QString, from);
         QFETCH(QStringList, damaged);
         QFETCH(QStringList, reasons);
         QFETCH(bool, blocked);
         Fixture f;
-        f.plant(main, backups);
+        f.plant(layout);
         const auto before = f.contents();
-        QStringList existing;
-        for (const QString &p : {QStringLiteral("timers.json"), f.backup(1), f.backup(2), f.backup(3)})
-            if (before.contains(p))
-                existing.append(f.path(p));
-
         const Result result = f.store.load();
         auto expected = before;
         if (from == QLatin1String("-")) {
@@ -129,6 +134,10 @@ private slots:
         } else if (from.isEmpty()) {
             QCOMPARE(result, Result{Result::Loaded{snap("timers.json")}});
         } else if (from == QLatin1String("?")) {
+            QStringList existing;
+            for (int n = 0; n < layout.size(); ++n)
+                if (layout.at(n) != QLatin1Char('-'))
+                    existing.append(f.path(f.file(n)));
             QCOMPARE(result, (Result{Result::Unreadable{existing, reasons}}));
         } else {
             const Snapshot recovered = snap("Backups/" + from);
@@ -152,7 +161,7 @@ private slots:
     void retriesPreservationOnceTheDiskRecovers()
     {
         Fixture f;
-        f.plant("D", "V--");
+        f.plant("DV");
         f.fs->failOn(Op::createDirectories, QStringLiteral("/Damaged"));
         const auto before = f.contents();
         QCOMPARE(f.store.load(), (Result{Result::Recovered{snap("Backups/timers-1.json"), "timers-1.json", {}}}));
@@ -179,7 +188,7 @@ private slots:
     void blockedSavingTouchesNothing()
     {
         Fixture f;
-        f.plant("E", "DD-");
+        f.plant("EDD");
         f.store.load();
         QVERIFY(f.store.isBlocked());
         // The main file reads again, yet the unreadable backups stay the user's to set aside.
@@ -199,7 +208,7 @@ private slots:
     void setsUnreadableDataAside()
     {
         Fixture f;
-        f.plant("D", "F-D");
+        f.plant("DF-D");
         writeFile(f.path("Damaged/old-timers.json"), "kept");
         f.store.load();
         const auto before = f.contents();
@@ -231,40 +240,28 @@ private slots:
 
     void rotation_data()
     {
-        QTest::addColumn<QString>("main");
-        QTest::addColumn<QString>("present");   // backup numbers there before
-        QTest::addColumn<QString>("expected");  // per number 1..5: the old number, '-' none, 'M' the main file
-        QTest::newRow("none") << "V" << "" << "M----";
-        QTest::newRow("full") << "V" << "12345" << "M1234";
-        QTest::newRow("gaps") << "V" << "13" << "M1-3-";
-        QTest::newRow("oldest only") << "V" << "5" << "M----";
-        QTest::newRow("even") << "V" << "24" << "M-2-4";
+        QTest::addColumn<QString>("layout");
+        QTest::addColumn<QString>("backups");  // as shifted() reads it
+        QTest::newRow("none") << "V" << "M----";
+        QTest::newRow("full") << "VVVVVV" << "M1234";
+        QTest::newRow("gaps") << "VV-V" << "M1-3-";
+        QTest::newRow("oldest only") << "V----V" << "M----";
+        QTest::newRow("even") << "V-V-V" << "M-2-4";
         // A bad main file never enters the backups.
-        QTest::newRow("missing main") << "-" << "12" << "12---";
-        QTest::newRow("damaged main") << "D" << "12" << "12---";
-        QTest::newRow("folder main") << "R" << "12" << "12---";
+        QTest::newRow("missing main") << "-VV" << "12";
+        QTest::newRow("damaged main") << "DVV" << "12";
+        QTest::newRow("folder main") << "RVV" << "12";
     }
     void rotation()
     {
-        QFETCH(QString, main);
-        QFETCH(QString, present);
-        QFETCH(QString, expected);
+        QFETCH(QString, layout);
+        QFETCH(QString, backups);
         Fixture f(5);
-        f.plant(QStringLiteral("timers.json"), main.at(0));
-        for (QChar n : present)
-            f.plant(f.backup(n.digitValue()), 'V');
-        const auto before = f.contents();
+        f.plant(layout);
+        auto expected = shifted(f.contents(), backups);
+        expected.insert(QStringLiteral("Backups"), "<dir>");
         f.store.rotateBackups();
-        auto after = before;
-        after.insert(QStringLiteral("Backups"), "<dir>");
-        for (int n = 1; n <= 5; ++n) {
-            const QChar from = expected.at(n - 1);
-            if (from == QLatin1Char('-'))
-                after.remove(f.backup(n));
-            else
-                after.insert(f.backup(n), before.value(from == QLatin1Char('M') ? QStringLiteral("timers.json") : f.backup(from.digitValue())));
-        }
-        QCOMPARE(f.contents(), after);
+        QCOMPARE(f.contents(), expected);
     }
 
     void rotatesAtMostOncePerInterval()
@@ -276,8 +273,8 @@ private slots:
             f.store.save(snap(QString::number(now)), now);
             QCOMPARE(QDir(f.path("Backups")).entryList(QDir::Files).size(), rotations);
         }
-        QCOMPARE(readFile(f.path(f.backup(1))), snap("1600").encoded());
-        QCOMPARE(readFile(f.path(f.backup(2))), snap("1000").encoded());
+        QCOMPARE(readFile(f.path(f.file(1))), snap("1600").encoded());
+        QCOMPARE(readFile(f.path(f.file(2))), snap("1000").encoded());
         QCOMPARE(f.store.lastBackup(), 1600.0);
     }
 
@@ -288,9 +285,9 @@ private slots:
         QTest::addColumn<int>("op");
         QTest::addColumn<QString>("where");
         QTest::addColumn<QString>("reason");
-        QTest::addColumn<QString>("message");       // "@" stands for the data folder
+        QTest::addColumn<QString>("message");  // "@" stands for the data folder
         QTest::addColumn<bool>("mainReplaced");
-        QTest::addColumn<QString>("backupsAfter");  // old numbers at 1..3, '-' none, 'M' the new main file
+        QTest::addColumn<QString>("backups");  // as shifted() reads it
         const QString tmp = QStringLiteral(".timers.json.%1.tmp").arg(::getpid());
         const QString full = QStringLiteral("No space left on device");
         // clang-format off
@@ -315,23 +312,15 @@ private slots:
         QFETCH(QString, reason);
         QFETCH(QString, message);
         QFETCH(bool, mainReplaced);
-        QFETCH(QString, backupsAfter);
+        QFETCH(QString, backups);
         Fixture f;
-        f.plant("V", "VVV");
-        const auto before = f.contents();
+        f.plant("VVVV");
+        auto expected = shifted(f.contents(), backups);
+        if (mainReplaced)
+            expected.insert(QStringLiteral("timers.json"), snap("new").encoded());
         f.fs->failOn(Op(op), where, reason);
         QCOMPARE(describe([&] { f.store.save(snap("new"), 0); }), message.replace('@', f.dir.path()));
         QCOMPARE(f.store.lastBackup(), message.isEmpty() ? std::optional<Instant>(0) : std::nullopt);
-        auto expected = before;
-        if (mainReplaced)
-            expected.insert(QStringLiteral("timers.json"), snap("new").encoded());
-        for (int n = 1; n <= 3; ++n) {
-            const QChar old = backupsAfter.at(n - 1);
-            if (old == QLatin1Char('-'))
-                expected.remove(f.backup(n));
-            else
-                expected.insert(f.backup(n), before.value(f.backup(old.digitValue())));
-        }
         QCOMPARE(f.contents(), expected);
     }
 
@@ -341,8 +330,7 @@ private slots:
         writeFile(dir.path() + "/file", "x");
         Store refused(dir.path() + "/file/Tock", 5, 600);  // a real fault: a file where a folder should be
         QCOMPARE(describe([&] { refused.save(snap("x"), 0); }), "Could not create " + dir.path() + "/file/Tock: Not a directory");
-        Store nested(dir.path() + "/a/b", 5, 600);
-        nested.save(snap("x"), 0);
+        Store(dir.path() + "/a/b", 5, 600).save(snap("x"), 0);
         const QByteArray x = snap("x").encoded();
         QCOMPARE(folderContents(dir.path() + "/a"),
                  (QMap<QString, QByteArray>{{"b", "<dir>"}, {"b/timers.json", x}, {"b/Backups", "<dir>"}, {"b/Backups/timers-1.json", x}}));
@@ -352,45 +340,34 @@ private slots:
     {
         Fixture f;
         const QByteArray full = snap("timers.json").encoded();
-        f.plant(f.backup(1), 'V');
+        f.plant("-V");
         for (qsizetype n = 0; n < full.size(); ++n) {
             writeFile(f.path("timers.json"), full.left(n));
             const Result result = Store(f.dir.path(), 3, 600, f.fs, [] { return clockTime; }).load();
             if (n == full.size() - 1)  // only the final newline gone
                 QCOMPARE(result, Result{Result::Loaded{snap("timers.json")}});
             else
-                QVERIFY2(std::get<Result::Recovered>(result.value).snapshot == snap(f.backup(1)), qPrintable(QString::number(n)));
+                QVERIFY2(std::get<Result::Recovered>(result.value).snapshot == snap(f.file(1)), qPrintable(QString::number(n)));
         }
     }
 
-    void defaultDirectory_data()
-    {
-        QTest::addColumn<QByteArray>("dataDir");  // "unset" leaves the variable out
-        QTest::addColumn<QByteArray>("xdg");
-        QTest::addColumn<QString>("expected");  // a leading "~" stands for the home folder
-        QTest::newRow("override") << QByteArray("/srv/tock data/~/$HOME") << QByteArray("/xdg") << "/srv/tock data/~/$HOME";
-#ifdef Q_OS_MACOS
-        QTest::newRow("empty override") << QByteArray("") << QByteArray("/xdg") << "~/Library/Application Support/Tock";
-#else
-        QTest::newRow("empty override") << QByteArray("") << QByteArray("/xdg") << "/xdg/Tock";
-        QTest::newRow("xdg unset") << QByteArray("unset") << QByteArray("unset") << "~/.local/share/Tock";
-        QTest::newRow("relative xdg") << QByteArray("unset") << QByteArray("rel") << "~/.local/share/Tock";
-#endif
-    }
     void defaultDirectory()
     {
-        QFETCH(QByteArray, dataDir);
-        QFETCH(QByteArray, xdg);
-        QFETCH(QString, expected);
-        const auto set = [](const char *name, const QByteArray &value) { value == "unset" ? qunsetenv(name) : qputenv(name, value); };
-        const QByteArray savedDataDir = qgetenv("TOCK_DATA_DIR");
-        const QByteArray savedXdg = qEnvironmentVariableIsSet("XDG_DATA_HOME") ? qgetenv("XDG_DATA_HOME") : "unset";
-        set("TOCK_DATA_DIR", dataDir);
-        set("XDG_DATA_HOME", xdg);
-        const QString actual = Store::defaultDirectory();
-        set("TOCK_DATA_DIR", savedDataDir);
-        set("XDG_DATA_HOME", savedXdg);
-        QCOMPARE(actual, expected.startsWith('~') ? QDir::homePath() + expected.mid(1) : expected);
+        // Environment changes stay in this test process, which checks nothing after this.
+#ifdef Q_OS_MACOS
+        const QString standard = QDir::homePath() + "/Library/Application Support/Tock", fromXdg = standard;
+#else
+        const QString standard = QDir::homePath() + "/.local/share/Tock", fromXdg = QStringLiteral("/xdg/Tock");
+#endif
+        qputenv("TOCK_DATA_DIR", "/srv/tock data/~/$HOME");
+        qputenv("XDG_DATA_HOME", "/xdg");
+        QCOMPARE(Store::defaultDirectory(), QStringLiteral("/srv/tock data/~/$HOME"));
+        qputenv("TOCK_DATA_DIR", "");
+        QCOMPARE(Store::defaultDirectory(), fromXdg);
+        qputenv("XDG_DATA_HOME", "relative");
+        QCOMPARE(Store::defaultDirectory(), standard);
+        qunsetenv("XDG_DATA_HOME");
+        QCOMPARE(Store::defaultDirectory(), standard);
     }
 };
 
