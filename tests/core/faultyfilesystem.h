@@ -3,6 +3,7 @@
 #pragma once
 
 #include "filesystem.h"
+#include "storeerror.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -10,6 +11,8 @@
 #include <QList>
 #include <QMap>
 #include <QString>
+
+#include <functional>
 
 namespace tock::testing {
 
@@ -96,6 +99,20 @@ inline QByteArray readFile(const QString &path)
 {
     QFile f(path);
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+// What `action` threw, as the user would read it ("JSON: " before a syntax or type error); empty
+// when it threw nothing.
+inline QString failure(const std::function<void()> &action)
+{
+    try {
+        action();
+    } catch (const StoreError &e) {
+        return e.description();
+    } catch (const JsonError &e) {
+        return QStringLiteral("JSON: ") + e.description;
+    }
+    return QString();
 }
 
 } // namespace tock::testing

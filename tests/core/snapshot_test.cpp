@@ -1,3 +1,4 @@
+#include "faultyfilesystem.h"
 #include "snapshot.h"
 #include "timevalues.h"
 
@@ -5,9 +6,9 @@
 #include <QTimeZone>
 
 #include <cmath>
-#include <functional>
 
 using namespace tock;
+using namespace tock::testing;
 
 namespace {
 
@@ -38,19 +39,6 @@ QByteArray document(const QByteArray &format = "1", const QByteArray &app = "\"T
 
 // A document of format 1 with the other members given as raw JSON text.
 QByteArray members(const QByteArray &rest) { return "{\"app\": \"Tock\", \"format\": 1, " + rest + "}"; }
-
-// "store: " or "json: " and the error's text, or "ok".
-QString failure(const std::function<void()> &action)
-{
-    try {
-        action();
-    } catch (const StoreError &e) {
-        return QStringLiteral("store: ") + e.description();
-    } catch (const JsonError &e) {
-        return QStringLiteral("json: ") + e.description;
-    }
-    return QStringLiteral("ok");
-}
 
 } // namespace
 
@@ -87,10 +75,10 @@ private slots:
         QCOMPARE(s.encoded(), expected);
         QCOMPARE(Snapshot::decode(expected), s);
         s.savedAt = QDateTime();
-        QCOMPARE(failure([&] { s.encoded(); }), QStringLiteral("json: \"savedAt\" is not a valid date-time"));
+        QCOMPARE(failure([&] { s.encoded(); }), QStringLiteral("JSON: \"savedAt\" is not a valid date-time"));
         s = sample(std::nullopt);
         s.timers[1].seconds = std::nan("");
-        QCOMPARE(failure([&] { s.encoded(); }), QStringLiteral("json: \"timers\"[1] \"seconds\" is not a finite number"));
+        QCOMPARE(failure([&] { s.encoded(); }), QStringLiteral("JSON: \"timers\"[1] \"seconds\" is not a finite number"));
     }
 
     void buildsFromABoardAndBack()
@@ -120,29 +108,29 @@ private slots:
     {
         QTest::addColumn<QByteArray>("data");
         QTest::addColumn<QString>("outcome");
-        const QString implausible = QStringLiteral("store: Implausible timer values");
-        const QString notADate = QStringLiteral("json: \"savedAt\" should be an ISO 8601 date-time such as 2026-11-15T19:53:23Z but is ");
+        const QString implausible = QStringLiteral("Implausible timer values");
+        const QString notADate = QStringLiteral("JSON: \"savedAt\" should be an ISO 8601 date-time such as 2026-11-15T19:53:23Z but is ");
         // clang-format off
-        QTest::newRow("valid") << document() << "ok";
-        QTest::newRow("the limit") << document("1", "\"Tock\"", "3599999") << "ok";
+        QTest::newRow("valid") << document() << "";
+        QTest::newRow("the limit") << document("1", "\"Tock\"", "3599999") << "";
         QTest::newRow("over the limit") << document("1", "\"Tock\"", "3599999.5") << implausible;
         QTest::newRow("negative") << document("1", "\"Tock\"", "-1") << implausible;
         QTest::newRow("same id twice") << document("1", "\"Tock\"", "1", "0b6f5c3e-8d1a-4c2b-9e7f-1a2b3c4d5e6f") << implausible;
-        QTest::newRow("format 2") << document("2") << "store: Unsupported file format 2";
-        QTest::newRow("foreign app") << document("1", "\"Tick\"") << "store: Unsupported file format 1";
-        QTest::newRow("format before values") << document("7", "\"Tock\"", "-5") << "store: Unsupported file format 7";
-        QTest::newRow("format as text") << document("\"1\"") << "json: \"format\" should be an integer but is a string";
-        QTest::newRow("fractional format") << document("1.5") << "json: \"format\" should be a whole number that fits in 64 bits but is 1.5";
-        QTest::newRow("seconds as text") << document("1", "\"Tock\"", "\"12\"") << "json: \"timers\"[0] \"seconds\" should be a number but is a string";
-        QTest::newRow("bad uuid") << document("1", "\"Tock\"", "1", "not-a-uuid") << "json: \"timers\"[1] \"id\" should be a UUID but is \"not-a-uuid\"";
-        QTest::newRow("braced uuid") << document("1", "\"Tock\"", "1", "{F0E1D2C3-B4A5-4697-8877-665544332211}") << "json: \"timers\"[1] \"id\" should be a UUID but is \"{F0E1D2C3-B4A5-4697-8877-665544332211}\"";
-        QTest::newRow("missing key") << members("\"timers\": []") << "json: \"savedAt\" is missing";
+        QTest::newRow("format 2") << document("2") << "Unsupported file format 2";
+        QTest::newRow("foreign app") << document("1", "\"Tick\"") << "Unsupported file format 1";
+        QTest::newRow("format before values") << document("7", "\"Tock\"", "-5") << "Unsupported file format 7";
+        QTest::newRow("format as text") << document("\"1\"") << "JSON: \"format\" should be an integer but is a string";
+        QTest::newRow("fractional format") << document("1.5") << "JSON: \"format\" should be a whole number that fits in 64 bits but is 1.5";
+        QTest::newRow("seconds as text") << document("1", "\"Tock\"", "\"12\"") << "JSON: \"timers\"[0] \"seconds\" should be a number but is a string";
+        QTest::newRow("bad uuid") << document("1", "\"Tock\"", "1", "not-a-uuid") << "JSON: \"timers\"[1] \"id\" should be a UUID but is \"not-a-uuid\"";
+        QTest::newRow("braced uuid") << document("1", "\"Tock\"", "1", "{F0E1D2C3-B4A5-4697-8877-665544332211}") << "JSON: \"timers\"[1] \"id\" should be a UUID but is \"{F0E1D2C3-B4A5-4697-8877-665544332211}\"";
+        QTest::newRow("missing key") << members("\"timers\": []") << "JSON: \"savedAt\" is missing";
         QTest::newRow("date with fraction") << members("\"savedAt\": \"2026-11-15T19:53:23.5Z\", \"timers\": []") << notADate + "\"2026-11-15T19:53:23.5Z\"";
         QTest::newRow("month 13") << members("\"savedAt\": \"2026-13-15T19:53:23Z\", \"timers\": []") << notADate + "\"2026-13-15T19:53:23Z\"";
-        QTest::newRow("entry not an object") << members("\"savedAt\": \"2026-11-15T19:53:23Z\", \"timers\": [3]") << "json: \"timers\"[0] should be an object but is a number";
-        QTest::newRow("style not text") << members("\"savedAt\": \"2026-11-15T19:53:23Z\", \"style\": 3, \"timers\": []") << "json: \"style\" should be a string but is a number";
-        QTest::newRow("array document") << QByteArray("[]") << "json: the document should be an object but is an array";
-        QTest::newRow("empty file") << QByteArray() << "json: illegal value at byte 0";
+        QTest::newRow("entry not an object") << members("\"savedAt\": \"2026-11-15T19:53:23Z\", \"timers\": [3]") << "JSON: \"timers\"[0] should be an object but is a number";
+        QTest::newRow("style not text") << members("\"savedAt\": \"2026-11-15T19:53:23Z\", \"style\": 3, \"timers\": []") << "JSON: \"style\" should be a string but is a number";
+        QTest::newRow("array document") << QByteArray("[]") << "JSON: the document should be an object but is an array";
+        QTest::newRow("empty file") << QByteArray() << "JSON: illegal value at byte 0";
         // clang-format on
     }
     void decodeChecks()
