@@ -63,7 +63,7 @@ struct Fixture {
 };
 
 // `before` with the backups rearranged: per number from 1, the old number now there, '-' none, 'M' timers.json.
-QMap<QString, QByteArray> shifted(QMap<QString, QByteArray> before, const QString &backups)
+QMap<QString, QByteArray> shifted(const QMap<QString, QByteArray> &before, const QString &backups)
 {
     auto after = before;
     for (int n = 1; n <= backups.size(); ++n) {
