@@ -148,51 +148,36 @@ private slots:
         QCOMPARE(f.contents(), expected);
     }
 
-    void retriesPreservationOnceTheDiskRecovers()
+    void savingWaitsUntilTheDamagedFileIsPreserved()
     {
         Fixture f;
-        f.plant("DV");
+        f.plant("EV");
         f.fs->failOn(Op::createDirectories, QStringLiteral("/Damaged"));
         const auto before = f.contents();
         QCOMPARE(f.store.load(), (Result{Result::Recovered{snap("Backups/timers-1.json"), "timers-1.json", {}}}));
         QVERIFY(f.store.isBlocked() && f.store.awaitingArchive());
+        // timers.json reads again now, but nothing may touch any file until it has been copied.
+        f.fs->faults = {{Op::copy, {}, QStringLiteral("No space left on device")}};
+        const int calls = f.fs->calls;
         QCOMPARE(failure([&] { f.store.save(snap("new"), 0); }), pausedMessage);
+        QCOMPARE(failure([&] { f.store.write(snap("new")); }), pausedMessage);
+        f.store.rotateBackups();
+        QCOMPARE(f.fs->calls, calls);
         QCOMPARE(f.contents(), before);
 
-        f.fs->faults = {{Op::copy, {}, QStringLiteral("No space left on device")}};
         QVERIFY(!f.store.retryPreservation());
         QVERIFY(f.store.isBlocked() && f.store.awaitingArchive());
         auto expected = before;
         expected.insert(QStringLiteral("Damaged"), "<dir>");
-        QCOMPARE(f.contents(), expected);  // the damaged main file is still there, unchanged
+        QCOMPARE(f.contents(), expected);
 
         f.fs->faults.clear();
         QVERIFY(f.store.retryPreservation());
         QVERIFY(!f.store.isBlocked() && !f.store.awaitingArchive());
-        expected.insert("Damaged/" + stampText + "-timers.json", implausible);
+        expected.insert("Damaged/" + stampText + "-timers.json", before.value("timers.json"));
         expected.insert(QStringLiteral("timers.json"), snap("Backups/timers-1.json").encoded());
         QCOMPARE(f.contents(), expected);
         QVERIFY(f.store.retryPreservation());  // nothing pending, not blocked
-    }
-
-    void blockedSavingTouchesNothing()
-    {
-        Fixture f;
-        f.plant("EDD");
-        f.store.load();
-        QVERIFY(f.store.isBlocked());
-        // The main file reads again, yet the unreadable backups stay the user's to set aside.
-        f.fs->faults.clear();
-        const auto before = f.contents();
-        const int calls = f.fs->calls;
-        QCOMPARE(failure([&] { f.store.save(snap("x"), 0); }), pausedMessage);
-        QCOMPARE(failure([&] { f.store.write(snap("x")); }), pausedMessage);
-        f.store.rotateBackups();
-        QVERIFY(!f.store.retryPreservation());
-        QCOMPARE(f.fs->calls, calls);
-        QCOMPARE(f.contents(), before);
-        f.store.write(snap("x"), Store::BlockPolicy::ignore);
-        QCOMPARE(readFile(f.path("timers.json")), snap("x").encoded());
     }
 
     void setsUnreadableDataAside()
@@ -201,6 +186,9 @@ private slots:
         f.plant("DF-D");
         writeFile(f.path("Damaged/old-timers.json"), "kept");
         f.store.load();
+        QVERIFY(!f.store.retryPreservation());  // nothing to preserve, and nothing readable
+        f.store.write(snap("x"), Store::BlockPolicy::ignore);
+        QCOMPARE(readFile(f.path("timers.json")), snap("x").encoded());
         const auto before = f.contents();
         const QString aside = "Unreadable-" + stampText;
         f.fs->failOn(Op::createDirectories, aside, QStringLiteral("Disk quota exceeded"));
