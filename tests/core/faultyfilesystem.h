@@ -101,8 +101,8 @@ inline QByteArray readFile(const QString &path)
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
-// What `action` threw, as the user would read it ("JSON: " before a syntax or type error); empty
-// when it threw nothing.
+// What `action` threw: a StoreError's description, or "JSON: " and a JsonError's (so a test
+// tells the two apart); empty when it threw nothing.
 inline QString failure(const std::function<void()> &action)
 {
     try {
