@@ -3,6 +3,7 @@
 #pragma once
 
 #include "filesystem.h"
+#include "storeerror.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -10,6 +11,8 @@
 #include <QList>
 #include <QMap>
 #include <QString>
+
+#include <functional>
 
 namespace tock::testing {
 
@@ -26,28 +29,15 @@ public:
     QList<Fault> faults;
     int calls = 0;  // operations other than exists() and syncDirectory()
 
-    void failOn(Op op, const QString &pathEnding = {},
-                const QString &reason = QStringLiteral("No space left on device"))
+    void failOn(Op op, const QString &pathEnding = {}, const QString &reason = QStringLiteral("No space left on device"))
     {
         faults.append({op, pathEnding, reason});
     }
 
     bool exists(const QString &path) override { return real_->exists(path); }
-    void createDirectories(const QString &path) override
-    {
-        check(Op::createDirectories, path);
-        real_->createDirectories(path);
-    }
-    QByteArray read(const QString &path) override
-    {
-        check(Op::read, path);
-        return real_->read(path);
-    }
-    void createFile(const QString &path) override
-    {
-        check(Op::createFile, path);
-        real_->createFile(path);
-    }
+    void createDirectories(const QString &path) override { check(Op::createDirectories, path); real_->createDirectories(path); }
+    QByteArray read(const QString &path) override { check(Op::read, path); return real_->read(path); }
+    void createFile(const QString &path) override { check(Op::createFile, path); real_->createFile(path); }
     void writeSynced(const QString &path, const QByteArray &data) override
     {
         if (const Fault *f = match(Op::write, path)) {
@@ -57,26 +47,10 @@ public:
         real_->writeSynced(path, data);
         check(Op::flush, path);
     }
-    void rename(const QString &from, const QString &to) override
-    {
-        check(Op::rename, from, to);
-        real_->rename(from, to);
-    }
-    void move(const QString &from, const QString &to) override
-    {
-        check(Op::move, from, to);
-        real_->move(from, to);
-    }
-    void copy(const QString &from, const QString &to) override
-    {
-        check(Op::copy, from, to);
-        real_->copy(from, to);
-    }
-    void remove(const QString &path) override
-    {
-        check(Op::remove, path);
-        real_->remove(path);
-    }
+    void rename(const QString &from, const QString &to) override { check(Op::rename, from, to); real_->rename(from, to); }
+    void move(const QString &from, const QString &to) override { check(Op::move, from, to); real_->move(from, to); }
+    void copy(const QString &from, const QString &to) override { check(Op::copy, from, to); real_->copy(from, to); }
+    void remove(const QString &path) override { check(Op::remove, path); real_->remove(path); }
     void syncDirectory(const QString &path) override { real_->syncDirectory(path); }
 
 private:
@@ -84,8 +58,7 @@ private:
     {
         ++calls;
         for (const Fault &f : faults)
-            if (f.op == op && (f.pathEnding.isEmpty() || a.endsWith(f.pathEnding)
-                               || (!b.isEmpty() && b.endsWith(f.pathEnding))))
+            if (f.op == op && (f.pathEnding.isEmpty() || a.endsWith(f.pathEnding) || (!b.isEmpty() && b.endsWith(f.pathEnding))))
                 return &f;
         return nullptr;
     }
@@ -103,17 +76,13 @@ private:
 inline QMap<QString, QByteArray> folderContents(const QString &root)
 {
     QMap<QString, QByteArray> result;
-    QDirIterator it(root, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot | QDir::System,
-                    QDirIterator::Subdirectories);
+    QDirIterator it(root, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot | QDir::System, QDirIterator::Subdirectories);
     while (it.hasNext()) {
-        const QString path = it.next();
-        const QString relative = QDir(root).relativeFilePath(path);
-        if (it.fileInfo().isDir()) {
-            result.insert(relative, QByteArrayLiteral("<dir>"));
-        } else {
-            QFile f(path);
-            result.insert(relative, f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArrayLiteral("<unreadable>"));
-        }
+        QFile f(it.next());
+        const QByteArray content = it.fileInfo().isDir()            ? QByteArrayLiteral("<dir>")
+                                   : f.open(QIODevice::ReadOnly) ? f.readAll()
+                                                                   : QByteArrayLiteral("<unreadable>");
+        result.insert(QDir(root).relativeFilePath(f.fileName()), content);
     }
     return result;
 }
@@ -130,6 +99,20 @@ inline QByteArray readFile(const QString &path)
 {
     QFile f(path);
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+// What `action` threw: a StoreError's description, or "JSON: " and a JsonError's (so a test
+// tells the two apart); empty when it threw nothing.
+inline QString failure(const std::function<void()> &action)
+{
+    try {
+        action();
+    } catch (const StoreError &e) {
+        return e.description();
+    } catch (const JsonError &e) {
+        return QStringLiteral("JSON: ") + e.description;
+    }
+    return QString();
 }
 
 } // namespace tock::testing
