@@ -204,34 +204,46 @@ void Store::prepareDirectory()
     }
 }
 
-void Store::replaceAtomically(const QString &temporary, const QString &target, const QByteArray &data,
-                              const QString &what)
+void Store::discard(const QString &temporary)
 {
-    const auto discard = [&] {
-        try {
-            fm_->remove(temporary);
-        } catch (const FileSystemError &) {
-        }
-    };
+    try {
+        fm_->remove(temporary);
+    } catch (const FileSystemError &) {
+    }
+}
+
+void Store::stage(const QString &temporary, const QByteArray &data, const QString &what)
+{
     try {
         fm_->createFile(temporary);
     } catch (const FileSystemError &) {
-        discard();
+        discard(temporary);
         throw StoreError::io(QStringLiteral("Could not create temporary file"));
     }
     try {
         fm_->writeSynced(temporary, data);
     } catch (const FileSystemError &e) {
-        discard();
+        discard(temporary);
         throw couldNot("write", what, e);
     }
+}
+
+void Store::renameStaged(const QString &temporary, const QString &target)
+{
     try {
         fm_->rename(temporary, target);
     } catch (const FileSystemError &e) {
-        discard();
+        discard(temporary);
         throw StoreError::io(e.reason);
     }
     fm_->syncDirectory(QFileInfo(target).path());
+}
+
+void Store::replaceAtomically(const QString &temporary, const QString &target, const QByteArray &data,
+                              const QString &what)
+{
+    stage(temporary, data, what);
+    renameStaged(temporary, target);
 }
 
 void Store::write(const Snapshot &snapshot, BlockPolicy policy)
@@ -275,25 +287,34 @@ void Store::rotateBackups()
         return;
     }
     prepareDirectory();
-    const QString oldest = backupPath(backupCount_);
-    if (fm_->exists(oldest)) {
-        try {
-            fm_->remove(oldest);
-        } catch (const FileSystemError &e) {
-            throw couldNot("remove", oldest, e);
+    // The new copy is written before anything is dropped or shifted: a disk that keeps failing
+    // that write then costs no backups, however often the rotation is retried.
+    const QString temporary = backupsPath() + QStringLiteral("/.backup.tmp");
+    stage(temporary, current, backupPath(1));
+    try {
+        const QString oldest = backupPath(backupCount_);
+        if (fm_->exists(oldest)) {
+            try {
+                fm_->remove(oldest);
+            } catch (const FileSystemError &e) {
+                throw couldNot("remove", oldest, e);
+            }
         }
-    }
-    for (int n = backupCount_ - 1; n >= 1; --n) {
-        const QString from = backupPath(n), to = backupPath(n + 1);
-        if (!fm_->exists(from))
-            continue;
-        try {
-            fm_->move(from, to);
-        } catch (const FileSystemError &e) {
-            throw StoreError::io(QStringLiteral("Could not move %1 to %2: %3").arg(from, to, e.reason));
+        for (int n = backupCount_ - 1; n >= 1; --n) {
+            const QString from = backupPath(n), to = backupPath(n + 1);
+            if (!fm_->exists(from))
+                continue;
+            try {
+                fm_->move(from, to);
+            } catch (const FileSystemError &e) {
+                throw StoreError::io(QStringLiteral("Could not move %1 to %2: %3").arg(from, to, e.reason));
+            }
         }
+    } catch (const StoreError &) {
+        discard(temporary);
+        throw;
     }
-    replaceAtomically(backupsPath() + QStringLiteral("/.backup.tmp"), backupPath(1), current, backupPath(1));
+    renameStaged(temporary, backupPath(1));
 }
 
 } // namespace tock

@@ -116,6 +116,11 @@ public:
     std::optional<QStringList> preserveDamaged(const QStringList &paths);
 
 private:
+    // Writes a flushed temporary file; removes it and throws StoreError on failure.
+    void stage(const QString &temporary, const QByteArray &data, const QString &what);
+    // Renames a staged file over its target and syncs the folder; removes it on failure.
+    void renameStaged(const QString &temporary, const QString &target);
+    void discard(const QString &temporary);
     // Writes `data` to `temporary`, flushed, and renames it over `target`; removes the
     // temporary file on failure.
     void replaceAtomically(const QString &temporary, const QString &target, const QByteArray &data,

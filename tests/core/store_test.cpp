@@ -257,7 +257,8 @@ private slots:
     }
 
     // Each failure leaves every file as it was except what the save had finished; a failed
-    // rotation is retried by the next save (lastBackup stays unset).
+    // rotation is retried by the next save (lastBackup stays unset), and one that cannot write
+    // its new copy drops nothing, so retries against a full disk never drain the backups.
     void faultsLeaveReadableFilesAlone_data()
     {
         QTest::addColumn<int>("op");
@@ -276,8 +277,8 @@ private slots:
         QTest::newRow("rename") << int(Op::rename) << tmp << "Read-only file system" << "Read-only file system" << false << "123";
         QTest::newRow("drop oldest") << int(Op::remove) << "timers-3.json" << "Operation not permitted" << "Could not remove @/Backups/timers-3.json: Operation not permitted" << true << "123";
         QTest::newRow("shift") << int(Op::move) << "/timers-2.json" << "Input/output error" << "Could not move @/Backups/timers-2.json to @/Backups/timers-3.json: Input/output error" << true << "12-";
-        QTest::newRow("backup temporary") << int(Op::createFile) << ".backup.tmp" << full << "Could not create temporary file" << true << "-12";
-        QTest::newRow("backup write") << int(Op::write) << ".backup.tmp" << full << "Could not write @/Backups/timers-1.json: No space left on device" << true << "-12";
+        QTest::newRow("backup temporary") << int(Op::createFile) << ".backup.tmp" << full << "Could not create temporary file" << true << "123";
+        QTest::newRow("backup write") << int(Op::write) << ".backup.tmp" << full << "Could not write @/Backups/timers-1.json: No space left on device" << true << "123";
         QTest::newRow("backup rename") << int(Op::rename) << ".backup.tmp" << "No such file or directory" << "No such file or directory" << true << "-12";
         // The rotation cannot read the new main file: it keeps away from the backups, quietly.
         QTest::newRow("rotation read") << int(Op::read) << "/timers.json" << "Input/output error" << "" << true << "123";
