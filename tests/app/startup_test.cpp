@@ -1,11 +1,14 @@
-// Start-up without windows: the command-line switches, the launch for each load result over a
-// temporary data folder, the refusal while another copy holds it, and the ending.
+// Start-up over temporary data folders: the command-line switches, the launch for each load
+// result, the refusal while another copy holds the folder, and the ending; then the real `tock`
+// binary end to end (lines from standard input and arguments, output and error streams, exit
+// statuses, what ends up on disk). Each run of the binary folds in several checks, as runs are slow.
 #include "snapshot.h"
 #include "startup.h"
 #include "virtualservices.h"
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -24,12 +27,40 @@ QString describe(const StartupMode &mode)
     return QStringList{"", "flipdemo", "selftest", "", "", "normal"}.at(qsizetype(mode.value.index()));
 }
 
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QStringList entries(const QString &folder)
+{
+    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+}
+
 QByteArray encoded(const QStringList &names, std::optional<QString> style = std::nullopt)
 {
     Board board;
     for (const QString &name : names)
         board.add(name);
     return Snapshot(board, std::move(style), 1'700'000'000).encoded();
+}
+
+QStringList lines(const QByteArray &data)
+{
+    QStringList result = QString::fromUtf8(data).split(QLatin1Char('\n'));
+    if (result.last().isEmpty())
+        result.removeLast();
+    return result;
+}
+
+// "name whole-seconds" per saved timer, a star marking any saved as running.
+QStringList saved(const QString &folder)
+{
+    QStringList timers;
+    for (const Snapshot::Entry &entry : Snapshot::decode(readFile(folder + QStringLiteral("/timers.json"))).timers)
+        timers << entry.name + QLatin1Char(' ') + QString::number(int64_t(entry.seconds)) + (entry.wasRunning ? "*" : "");
+    return timers;
 }
 
 // A data folder ("data", not there until a file is written) and a session over it.
@@ -48,11 +79,7 @@ struct Launch {
         }
         app.emplace(folder, virt.services());
     }
-    QByteArray read(const QString &name) const
-    {
-        QFile file(folder + QLatin1Char('/') + name);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    QByteArray read(const QString &name) const { return readFile(folder + QLatin1Char('/') + name); }
     QStringList names() const
     {
         QStringList names;
@@ -66,6 +93,35 @@ struct Launch {
 
 class StartupTest : public QObject {
     Q_OBJECT
+
+    QTemporaryDir root_;
+    QString data_; // a fresh folder per test, not there until the binary creates it
+
+    void start(QProcess &process, const QStringList &arguments)
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("TOCK_DATA_DIR"), data_);
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), root_.filePath(QStringLiteral("config")));
+        environment.insert(QStringLiteral("XDG_DATA_HOME"), root_.filePath(QStringLiteral("share")));
+        process.setProcessEnvironment(environment);
+        process.start(QStringLiteral(TOCK_BINARY), arguments);
+    }
+
+    // Standard output lines, then error lines marked "! ", then the exit status.
+    QStringList tock(const QStringList &arguments, const QByteArray &input = {})
+    {
+        QProcess process;
+        start(process, arguments);
+        process.write(input);
+        process.closeWriteChannel();
+        if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
+            return {QStringLiteral("did not end normally")};
+        QStringList result = lines(process.readAllStandardOutput());
+        for (const QString &line : lines(process.readAllStandardError()))
+            result << QStringLiteral("! ") + line;
+        return result << QStringLiteral("exit %1").arg(process.exitCode());
+    }
+
 private Q_SLOTS:
     void switches_data()
     {
@@ -130,10 +186,7 @@ private Q_SLOTS:
         app.end();
         app.end(); // harmless twice
         QVERIFY(!app.lock().isHeld() && !model.editingID() && !model.board().anyRunning());
-        const Snapshot saved = Snapshot::decode(launch.read(QStringLiteral("timers.json")));
-        QCOMPARE(saved.timers.size(), 3);
-        QCOMPARE(saved.timers.at(0).seconds, 300.0);
-        QVERIFY(saved.timers.at(1).seconds == 5.0 && !saved.timers.at(1).wasRunning);
+        QCOMPARE(saved(launch.folder), QStringList({"Timer 1 300", "Timer 2 5", "Timer 3 0"}));
     }
 
     void launchLoadsAndRotatesOnce()
@@ -177,9 +230,78 @@ private Q_SLOTS:
         QCOMPARE(launch.app->start(), AppSession::Start::alreadyRunning);
         QVERIFY(!launch.app->model() && !launch.app->store());
         launch.app.reset(); // ending a refused session must not free the other copy's lock
-        QCOMPARE(QDir(launch.folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList{".lock"});
+        QCOMPARE(entries(launch.folder), QStringList{".lock"});
         QVERIFY(launch.virt.settings->writes().isEmpty());
         QCOMPARE(AppSession(launch.folder, launch.virt.services()).start(), AppSession::Start::alreadyRunning);
+    }
+
+    void init() { data_ = root_.filePath(QString::fromLatin1(QTest::currentTestFunction())); }
+
+    void linesFromStandardInput()
+    {
+        QCOMPARE(tock({"--shell"}, "add Focus\nset Focus 1:30:00\nrm Focus\nundo\n"),
+                 QStringList({"added “Focus” as 4", "“Focus” is now 01:30:00", "deleted “Focus” · undo brings it back", "undone", "exit 0"}));
+        QCOMPARE(saved(data_), QStringList({"Timer 1 0", "Timer 2 0", "Timer 3 0", "Focus 5400"}));
+        // Undo history ends with the process; blank lines, a carriage return and clear print
+        // nothing; a last line without a line feed still runs; a failure makes the status 1.
+        const QStringList run = tock({"--shell"}, "\n  \nundo\r\nclear\nrename focus A\nversion");
+        QCOMPARE(run.value(0), QStringLiteral("renamed “Focus” to “A”"));
+        QVERIFY(run.value(1).startsWith(QStringLiteral("tock ")));
+        QCOMPARE(run.mid(2), QStringList({"! nothing to undo", "exit 1"}));
+        QCOMPARE(saved(data_).last(), QStringLiteral("A 5400"));
+    }
+
+    void linesFromArguments()
+    {
+        QCOMPARE(tock({"--shell", "add A", "rm zzz", "start a", "frob", "exit", "add B"}),
+                 QStringList({"added “A” as 4", "started “A”", "! no timer named zzz", "! unknown command: frob (type help)", "exit 1"}));
+        QCOMPARE(saved(data_), QStringList({"Timer 1 0", "Timer 2 0", "Timer 3 0", "A 0"})); // paused at the end
+    }
+
+    // While one copy runs a second is refused and touches nothing; a polite kill ends the first
+    // the normal way, and then the folder is free again.
+    void secondCopyRefusedWhileTheFirstRuns()
+    {
+        QProcess first;
+        start(first, {"--shell"});
+        first.write("add Kept\nstart kept\n");
+        QStringList answers;
+        while (answers.size() < 2 && first.waitForReadyRead(30000)) {
+            while (first.canReadLine())
+                answers << QString::fromUtf8(first.readLine()).chopped(1);
+        }
+        QCOMPARE(answers, QStringList({"added “Kept” as 4", "started “Kept”"})); // it holds the lock now
+        const QStringList before = entries(data_);
+        const QByteArray data = readFile(data_ + QStringLiteral("/timers.json"));
+        QCOMPARE(tock({"--shell", "rm all"}),
+                 QStringList({"! Tock is already running", "! Another copy of Tock is using the timer data. Only one copy can run at a time so nothing gets overwritten.", "exit 3"}));
+        QCOMPARE(entries(data_), before);
+        QCOMPARE(readFile(data_ + QStringLiteral("/timers.json")), data);
+        first.terminate();
+        QVERIFY(first.waitForFinished(30000));
+        QCOMPARE(first.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(first.exitCode(), 0);
+        QVERIFY(saved(data_).last().startsWith(QStringLiteral("Kept ")) && !saved(data_).last().endsWith('*'));
+        QCOMPARE(tock({"--shell"}, "rm kept\nexit\nadd B\n"), QStringList({"deleted “Kept” · undo brings it back", "exit 0"}));
+        QCOMPARE(saved(data_), QStringList({"Timer 1 0", "Timer 2 0", "Timer 3 0"}));
+    }
+
+    // The self-check and a tool switch touch no data; unreadable data is reported and left alone.
+    void toolSwitchesAndUnreadableData()
+    {
+        const QStringList selftest = tock({"--selftest"});
+        QVERIFY(selftest.size() > 10);
+        QCOMPARE(selftest.mid(selftest.size() - 2), QStringList({"app checks passed", "exit 0"}));
+        QCOMPARE(tock({"--bench", "classic", "10", "2.5"}).size(), 2);
+        QVERIFY(!QFile::exists(data_));
+        QVERIFY(QDir().mkpath(data_));
+        QFile broken(data_ + QStringLiteral("/timers.json"));
+        QVERIFY(broken.open(QIODevice::WriteOnly) && broken.write("{ broken") == 8);
+        broken.close();
+        const QStringList run = tock({"--shell", "add A"});
+        QCOMPARE(run.mid(0, 2), QStringList({"added “A” as 1", "! " + StorageNotice::unreadable({}).title()}));
+        QCOMPARE(run.last(), QStringLiteral("exit 0"));
+        QCOMPARE(readFile(data_ + QStringLiteral("/timers.json")), QByteArray("{ broken"));
     }
 };
 
