@@ -117,6 +117,8 @@ class StartupTest : public QObject {
     }
 
 private Q_SLOTS:
+    void init() { data_ = root_.filePath(QString::fromLatin1(QTest::currentTestFunction())); }
+
     void switches_data()
     {
         QTest::addColumn<QStringList>("arguments");
@@ -216,8 +218,6 @@ private Q_SLOTS:
         QVERIFY(launch.virt.settings->writes().isEmpty());
         QCOMPARE(AppSession(launch.folder, launch.virt.services()).start(), AppSession::Start::alreadyRunning);
     }
-
-    void init() { data_ = root_.filePath(QString::fromLatin1(QTest::currentTestFunction())); }
 
     void linesFromStandardInput()
     {
