@@ -45,11 +45,6 @@ bool publish(AppModel *model, T &field, T value, Signal signal)
     return true;
 }
 
-class SystemClockFallback final : public Clock {
-public:
-    Instant now() const override { return double(QDateTime::currentMSecsSinceEpoch()) / 1000.0; }
-};
-
 } // namespace
 
 QString archiveFailedMessage()
@@ -90,10 +85,13 @@ AppModel::AppModel(std::shared_ptr<Store> store, Board board, std::optional<Styl
                    std::optional<StorageNotice> notice, Services services, QObject *parent)
     : QObject(parent), services_(std::move(services)), store_(std::move(store))
 {
-    if (!services_.clock)
-        services_.clock = std::make_shared<SystemClockFallback>();
-    if (!services_.scheduler)
-        services_.scheduler = Services::real().scheduler;
+    if (!services_.clock || !services_.scheduler) {
+        const Services real = Services::real();
+        if (!services_.clock)
+            services_.clock = real.clock;
+        if (!services_.scheduler)
+            services_.scheduler = real.scheduler;
+    }
     if (!services_.settings)
         services_.settings = std::make_shared<MemorySettings>();
 
