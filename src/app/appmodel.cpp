@@ -7,7 +7,6 @@
 #include "undomanager.h"
 #include "virtualservices.h"
 
-#include <QDateTime>
 
 #include <algorithm>
 #include <cmath>
