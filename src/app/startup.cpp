@@ -120,8 +120,8 @@ AppSession::Start AppSession::start()
     StartingValues values = StartingValues::from(result, store_->awaitingArchive());
     startingNotice_ = values.notice;
     undo_ = std::make_unique<UndoManager>();
-    model_ = std::make_unique<AppModel>(store_, std::move(values.board), values.style, values.notice, services_);
-    model_->setUndoManager(undo_.get());
+    model_ = std::make_unique<AppModel>(store_, std::move(values.board), values.style, values.notice, services_,
+                                        *undo_);
     // The valid main file becomes the newest backup at every start; a failure here must not
     // keep the timers from opening.
     try {

@@ -124,7 +124,7 @@ void Board::toggle(const QUuid &id, Instant now)
     }
 }
 
-std::optional<UndoEntry> Board::reset(const QUuid &id, Instant /*now*/)
+std::optional<UndoEntry> Board::reset(const QUuid &id)
 {
     const auto i = index(id);
     if (!i)
@@ -206,37 +206,11 @@ void Board::pauseAll(Instant now)
     }
 }
 
-void Board::move(const std::set<qsizetype> &fromOffsets, qsizetype toOffset)
+void Board::move(qsizetype from, qsizetype to)
 {
-    if (fromOffsets.empty())
-        return;
     const qsizetype size = timers.size();
-    TOCK_REQUIRE(*fromOffsets.begin() >= 0 && *fromOffsets.rbegin() < size, "move offset outside the board");
-
-    const auto below = static_cast<qsizetype>(std::distance(fromOffsets.begin(), fromOffsets.lower_bound(toOffset)));
-    const qsizetype remaining = size - qsizetype(fromOffsets.size());
-    const qsizetype insertAt = std::clamp<qsizetype>(toOffset - below, 0, remaining);
-
-    QList<TimerItem> block;
-    block.reserve(qsizetype(fromOffsets.size()));
-    for (qsizetype offset : fromOffsets)
-        block.append(std::move(timers[offset]));
-
-    QList<TimerItem> result;
-    result.reserve(size);
-    auto moving = fromOffsets.begin();
-    for (qsizetype i = 0; i < size; ++i) {
-        if (moving != fromOffsets.end() && *moving == i) {
-            ++moving;
-            continue;
-        }
-        if (result.size() == insertAt)
-            result.append(std::move(block));
-        result.append(std::move(timers[i]));
-    }
-    if (result.size() == insertAt)
-        result.append(std::move(block));
-    timers = std::move(result);
+    TOCK_REQUIRE(from >= 0 && from < size && to >= 0 && to < size, "move offset outside the board");
+    timers.move(from, to);
 }
 
 bool Board::commit(const TimeEditDraft &draft, const QUuid &id, Instant now)

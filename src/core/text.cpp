@@ -33,10 +33,9 @@ QString folded(const QString &s)
     return s.toLower().normalized(QString::NormalizationForm_C);
 }
 
-bool canonicallyEqual(const QString &a, const QString &b)
+QString quoted(const QString &name)
 {
-    return a == b
-        || a.normalized(QString::NormalizationForm_C) == b.normalized(QString::NormalizationForm_C);
+    return QStringLiteral("\u201C") + name + QStringLiteral("\u201D");
 }
 
 bool hasPrefix(const QString &s, const QString &prefix)

@@ -34,8 +34,8 @@ QString dropLastGraphemes(const QString &s, qsizetype n);
 // can be compared with plain equality.
 QString folded(const QString &s);
 
-// Equality under canonical equivalence (exact otherwise: case matters).
-bool canonicallyEqual(const QString &a, const QString &b);
+// A name as messages quote it: between curly double quotes.
+QString quoted(const QString &name);
 
 // True when prefix, under canonical equivalence, is the beginning of s and ends on one of s's
 // grapheme boundaries (so "x" is not a prefix of "x" followed by a combining accent). Exact
