@@ -1,6 +1,7 @@
 #include "board.h"
 
 #include "require.h"
+#include "text.h"
 
 #include <algorithm>
 #include <limits>
@@ -30,15 +31,11 @@ uint64_t defaultNameNumber(const QString &name)
     const qsizetype digits = name.size() - kDefaultPrefix.size();
     if (digits < 1 || digits > 19 || !name.startsWith(kDefaultPrefix))
         return 0;
-    uint64_t n = 0;
-    for (qsizetype i = kDefaultPrefix.size(); i < name.size(); ++i) {
-        const char16_t c = name.at(i).unicode();
-        if (c < u'0' || c > u'9')
-            return 0;
-        n = n * 10 + (c - u'0'); // 19 digits cannot overflow 64 bits unsigned
-    }
+    const std::optional<int64_t> n = Text::decimal(QStringView(name).mid(kDefaultPrefix.size()));
     // A leading zero is not how the number would be written, so "Timer 07" is not "Timer 7".
-    return name.at(kDefaultPrefix.size()) == u'0' ? 0 : n;
+    if (!n || name.at(kDefaultPrefix.size()) == u'0')
+        return 0;
+    return uint64_t(*n);
 }
 
 } // namespace
@@ -190,7 +187,7 @@ void Board::setElapsed(const QUuid &id, double seconds, Instant now)
     if (!i)
         return;
     TimerItem &t = timers[*i];
-    t.accumulated = !(seconds >= 0) ? 0.0 : std::min(seconds, double(HMS::maxSeconds));
+    t.accumulated = HMS::clamped(seconds);
     if (t.startedAt)
         t.startedAt = now;
 }

@@ -33,6 +33,19 @@ QString folded(const QString &s)
     return s.toLower().normalized(QString::NormalizationForm_C);
 }
 
+std::optional<int64_t> decimal(QStringView digits)
+{
+    if (digits.isEmpty())
+        return std::nullopt;
+    int64_t value = 0;
+    for (const QChar c : digits) {
+        if (c < u'0' || c > u'9' || __builtin_mul_overflow(value, int64_t(10), &value)
+            || __builtin_add_overflow(value, int64_t(c.unicode() - u'0'), &value))
+            return std::nullopt;
+    }
+    return value;
+}
+
 QString quoted(const QString &name)
 {
     return QStringLiteral("\u201C") + name + QStringLiteral("\u201D");

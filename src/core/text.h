@@ -9,6 +9,9 @@
 #include <QStringView>
 #include <QTextBoundaryFinder>
 
+#include <cstdint>
+#include <optional>
+
 namespace tock::Text {
 
 // The grapheme clusters of s, in order; empty for empty s. Joined they give s back.
@@ -34,6 +37,9 @@ QString dropLastGraphemes(const QString &s, qsizetype n);
 // can be compared with plain equality.
 QString folded(const QString &s);
 
+// The value of plain ASCII decimal digits (no sign, no spaces, other scripts' digits refused);
+// absent for empty text or a value beyond 64 bits.
+std::optional<int64_t> decimal(QStringView digits);
 // A name as messages quote it: between curly double quotes.
 QString quoted(const QString &name);
 
