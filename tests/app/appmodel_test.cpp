@@ -55,6 +55,89 @@ private Q_SLOTS:
         QCOMPARE(f.saved()->style, std::optional<QString>("braun"));
     }
 
+    // Each shell line on A, B, C (B at 60 s): what boardChanged said, one entry per signal.
+    void boardChangeNamesTheRows_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QStringList>("expected");
+        const auto row = [](const char *line, QStringList emitted) {
+            QTest::newRow(line) << QString::fromUtf8(line) << emitted;
+        };
+        row("add D", {"+D@3"});
+        row("rename 2 X", {"~X"});
+        row("rename 2 B", {});
+        row("start 1", {"~A"});
+        row("start all", {"~A ~B ~C"});
+        row("pause all", {});
+        row("reset 2", {"~B"});
+        row("reset 1", {}); // already zero and paused
+        row("rm 2", {"-B"});
+        row("rm all", {"-A", "-B", "-C"});
+        row("mv 1 3", {"A:0>2"});
+        row("mv 3 1", {"C:2>0"});
+        row("mv 2 2", {});
+        row("set 1 5m", {"~A"});
+        row("style amber", {});
+    }
+
+    void boardChangeNamesTheRows()
+    {
+        QFETCH(QString, line);
+        QFETCH(QStringList, expected);
+        ModelFixture f(WithStore::yes, {"A", "B", "C"}, std::nullopt, {0, 60});
+        QStringList seen;
+        Board before = f.m().board();
+        QObject::connect(&f.m(), &AppModel::boardChanged, [&](const BoardChange &change) {
+            seen << describe(change, before, f.m().board());
+            QCOMPARE(BoardChange::between(before, f.m().board()), change);
+            before = f.m().board();
+        });
+        f.shell(line);
+        QVERIFY2(!f.m().shellOutputIsError(), qPrintable(f.m().shellOutput().join(' ')));
+        QCOMPARE(seen, expected);
+        if (line.startsWith("rm") || line.startsWith("reset 2") || line.startsWith("set")) {
+            seen.clear();
+            f.shell("undo"); // what comes back is named too
+            QCOMPARE(seen.size(), expected.size());
+        }
+    }
+
+    // Fewest moves: a timer that only slid along is not reported.
+    void boardChangeBetween_data()
+    {
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QString>("after");
+        QTest::addColumn<QString>("change");
+        QTest::newRow("same") << "ABCD" << "ABCD" << "";
+        QTest::newRow("first to last") << "ABCD" << "BCDA" << "A:0>3";
+        QTest::newRow("last to first") << "ABCD" << "DABC" << "D:3>0";
+        QTest::newRow("two pairs swapped") << "ABCD" << "BADC" << "B:1>0 D:3>2";
+        QTest::newRow("reversed") << "ABC" << "CBA" << "C:2>0 B:1>1"; // B keeps its index but not its order
+        QTest::newRow("replaced in place") << "ABC" << "AXC" << "+X@1 -B";
+        QTest::newRow("removed before a move") << "ABCD" << "DBC" << "-A D:3>0";
+        QTest::newRow("emptied") << "AB" << "" << "-A -B";
+    }
+
+    void boardChangeBetween()
+    {
+        QFETCH(QString, before);
+        QFETCH(QString, after);
+        QHash<QChar, TimerItem> timers;
+        const auto board = [&](const QString &letters) {
+            Board b;
+            for (const QChar c : letters) {
+                if (!timers.contains(c))
+                    timers.insert(c, TimerItem{QUuid::createUuid(), QString(c), 0, {}});
+                b.timers << timers.value(c);
+            }
+            return b;
+        };
+        const Board old = board(before);
+        const Board now = board(after);
+        QTEST(describe(BoardChange::between(old, now), old, now), "change");
+        QCOMPARE(BoardChange::between(old, now).isEmpty(), before == after);
+    }
+
     void withoutAStoreNothingTicksSavesOrWritesSettings()
     {
         ModelFixture f(WithStore::no);

@@ -48,7 +48,7 @@ private slots:
             {{"A", "Timer 3"}, "Timer 4"}, // counts from the number of timers
             {{"Timer 1", "Timer 3"}, "Timer 4"}, // a gap is not reused
             {{"A", "Timer 5", "Timer 7", "Timer 6"}, "Timer 8"},
-            {{"timer 2", "Timer 03", "Timer 3 "}, "Timer 4"}, // only the exact text counts
+            {{"timer 4", "Timer 04", "Timer 4 "}, "Timer 4"}, // only the exact text counts
             {{"Timer 99999999999999999999999"}, "Timer 2"},
         };
         for (const auto &[names, expected] : rows) {
