@@ -1,6 +1,7 @@
 // The model's actions and interface state: the edit mask around commits, swipes, zoom,
 // settings, names and the storage banner texts. Everything runs in virtual time.
 #include "modeltest.h"
+#include "table.h"
 
 using namespace tock;
 
@@ -58,26 +59,23 @@ private Q_SLOTS:
     // Each shell line on A, B, C (B at 60 s): what boardChanged said, one entry per signal.
     void boardChangeNamesTheRows_data()
     {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<QStringList>("expected");
-        const auto row = [](const char *line, QStringList emitted) {
-            QTest::newRow(line) << QString::fromUtf8(line) << emitted;
-        };
-        row("add D", {"+D@3"});
-        row("rename 2 X", {"~X"});
-        row("rename 2 B", {});
-        row("start 1", {"~A"});
-        row("start all", {"~A ~B ~C"});
-        row("pause all", {});
-        row("reset 2", {"~B"});
-        row("reset 1", {}); // already zero and paused
-        row("rm 2", {"-B"});
-        row("rm all", {"-A", "-B", "-C"});
-        row("mv 1 3", {"A:0>2"});
-        row("mv 3 1", {"C:2>0"});
-        row("mv 2 2", {});
-        row("set 1 5m", {"~A"});
-        row("style amber", {});
+        table<QString, QStringList>({"line", "expected"}, {
+            {"add D", {"+D@3"}},
+            {"rename 2 X", {"~X"}},
+            {"rename 2 B", {}},
+            {"start 1", {"~A"}},
+            {"start all", {"~A ~B ~C"}},
+            {"pause all", {}},
+            {"reset 2", {"~B"}},
+            {"reset 1", {}}, // already zero and paused
+            {"rm 2", {"-B"}},
+            {"rm all", {"-A", "-B", "-C"}},
+            {"mv 1 3", {"A:0>2"}},
+            {"mv 3 1", {"C:2>0"}},
+            {"mv 2 2", {}},
+            {"set 1 5m", {"~A"}},
+            {"style amber", {}},
+        });
     }
 
     void boardChangeNamesTheRows()
@@ -105,17 +103,16 @@ private Q_SLOTS:
     // Fewest moves: a timer that only slid along is not reported.
     void boardChangeBetween_data()
     {
-        QTest::addColumn<QString>("before");
-        QTest::addColumn<QString>("after");
-        QTest::addColumn<QString>("change");
-        QTest::newRow("same") << "ABCD" << "ABCD" << "";
-        QTest::newRow("first to last") << "ABCD" << "BCDA" << "A:0>3";
-        QTest::newRow("last to first") << "ABCD" << "DABC" << "D:3>0";
-        QTest::newRow("two pairs swapped") << "ABCD" << "BADC" << "B:1>0 D:3>2";
-        QTest::newRow("reversed") << "ABC" << "CBA" << "C:2>0 B:1>1"; // B keeps its index but not its order
-        QTest::newRow("replaced in place") << "ABC" << "AXC" << "+X@1 -B";
-        QTest::newRow("removed before a move") << "ABCD" << "DBC" << "-A D:3>0";
-        QTest::newRow("emptied") << "AB" << "" << "-A -B";
+        table<QString, QString, QString>({"before", "after", "change"}, {
+            {"ABCD", "ABCD", ""},
+            {"ABCD", "BCDA", "A:0>3"},
+            {"ABCD", "DABC", "D:3>0"},
+            {"ABCD", "BADC", "B:1>0 D:3>2"},
+            {"ABC", "CBA", "C:2>0 B:1>1"}, // B keeps its index but not its order
+            {"ABC", "AXC", "+X@1 -B"},
+            {"ABCD", "DBC", "-A D:3>0"},
+            {"AB", "", "-A -B"},
+        });
     }
 
     void boardChangeBetween()
