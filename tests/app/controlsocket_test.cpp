@@ -236,14 +236,15 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("answer");
         const QByteArray tooLong = ControlSocket::refusal(QStringLiteral("line too long"));
         // A run request exactly as long as a line may be; the handler answers its line's length.
-        const QByteArray longest = ControlSocket::runRequest(QString(ControlSocket::maxLineBytes - 23, QLatin1Char('x')));
+        const qsizetype fill = ControlSocket::maxLineBytes - (ControlSocket::runRequest({}).size() - 1);
+        const QByteArray longest = ControlSocket::runRequest(QString(fill, QLatin1Char('x')));
         QTest::newRow("not JSON") << QByteArray("hello\n") << QByteArray();
         QTest::newRow("not an object") << QByteArray("[1]\n") << QByteArray();
         QTest::newRow("unknown request") << QByteArray("{\"op\":\"dance\"}\n") << QByteArray();
         QTest::newRow("run without a line") << QByteArray("{\"op\":\"run\"}\n") << QByteArray();
         QTest::newRow("line too long, unended") << QByteArray(70000, 'x') << tooLong;
         QTest::newRow("line too long by one") << QByteArray(ControlSocket::maxLineBytes + 1, 'x') + '\n' << tooLong;
-        QTest::newRow("longest line, then stall") << longest << ControlSocket::runReply({{QString::number(ControlSocket::maxLineBytes - 23)}});
+        QTest::newRow("longest line, then stall") << longest << ControlSocket::runReply({{QString::number(fill)}});
         QTest::newRow("stalls mid-request") << QByteArray("{\"op\":") << QByteArray();
         QTest::newRow("says nothing") << QByteArray() << QByteArray();
     }
