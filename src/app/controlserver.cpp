@@ -30,6 +30,13 @@ bool isBlank(const QString &line)
     return true;
 }
 
+// A client that hung up before its reply gets none (writing to it would only warn).
+void send(QLocalSocket *socket, const QByteArray &message)
+{
+    if (socket && socket->state() == QLocalSocket::ConnectedState)
+        socket->write(message);
+}
+
 bool isExit(const QString &line)
 {
     try {
@@ -160,18 +167,16 @@ void ControlServer::handle(Connection *connection, const QByteArray &line)
     const QString op = message ? message->value(QStringLiteral("op")).toString() : QString();
     const QPointer<QLocalSocket> socket(connection->socket);
     if (op == QLatin1String("ping")) {
-        socket->write(ControlSocket::okReply(true));
+        send(socket, ControlSocket::okReply(true));
     } else if (op == QLatin1String("raise")) {
         const bool canRaise = bool(onRaise_);
         if (canRaise)
             onRaise_();
-        if (socket)
-            socket->write(ControlSocket::okReply(canRaise));
+        send(socket, ControlSocket::okReply(canRaise));
     } else if (op == QLatin1String("run") && message->value(QStringLiteral("line")).isString()) {
         const QString text = message->value(QStringLiteral("line")).toString();
         const Reply reply = onRun_ ? onRun_(text) : Reply{{QStringLiteral("this copy of Tock runs no commands")}, true, true, false};
-        if (socket)
-            socket->write(ControlSocket::runReply(reply));
+        send(socket, ControlSocket::runReply(reply));
     } else {
         connection->closing = true;
         socket->abort();
@@ -183,7 +188,7 @@ void ControlServer::refuse(Connection *connection, const QString &reason)
 {
     connection->closing = true;
     connection->pending.clear();
-    connection->socket->write(ControlSocket::refusal(reason));
+    send(connection->socket, ControlSocket::refusal(reason));
     // Closes once the refusal is out; the stall timer ends a client that never reads it.
     connection->socket->disconnectFromServer();
     connection->stall.start();
