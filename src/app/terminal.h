@@ -29,7 +29,7 @@ public:
     // A storage notice as its title and detail, on standard error.
     void printNotice(const StorageNotice &notice);
 
-    // `exit` was run (the model's exit action calls requestExit).
+    // `exit` was run (the terminal answers the model's exitRequested with requestExit).
     bool exitRequested() const { return exitRequested_; }
     void requestExit() { exitRequested_ = true; }
     // No line failed and no save failed so far.
