@@ -1,11 +1,14 @@
 // The tock executable. Until the window exists it runs without one: the self-check, the
 // terminal mode, and the parsing of the window's tool switches.
+#include "flipdemo.h"
 #include "selftest.h"
 #include "startup.h"
 #include "terminal.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QTextStream>
+
+#include <memory>
 
 namespace {
 
@@ -19,18 +22,25 @@ int notYetBuilt(const QString &mode)
 
 int main(int argc, char **argv)
 {
-    QCoreApplication application(argc, argv);
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    const tock::StartupMode mode = tock::StartupMode::parse(arguments);
+
+    // Only the modes that open a window need a display.
+    const bool windowed = std::holds_alternative<tock::StartupMode::FlipDemo>(mode.value);
+    const std::unique_ptr<QCoreApplication> application =
+        windowed ? std::make_unique<QApplication>(argc, argv) : std::make_unique<QCoreApplication>(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Tock"));
     QCoreApplication::setApplicationName(QStringLiteral("Tock"));
 
-    const tock::StartupMode mode = tock::StartupMode::parse(QCoreApplication::arguments().mid(1));
     return std::visit(
         [](const auto &m) -> int {
             using M = std::decay_t<decltype(m)>;
             if constexpr (std::is_same_v<M, tock::StartupMode::Bench>) {
                 return notYetBuilt(QStringLiteral("the rendering benchmark"));
             } else if constexpr (std::is_same_v<M, tock::StartupMode::FlipDemo>) {
-                return notYetBuilt(QStringLiteral("the split-flap demonstration"));
+                return tock::runFlipDemo();
             } else if constexpr (std::is_same_v<M, tock::StartupMode::Screenshots>) {
                 return notYetBuilt(QStringLiteral("the screenshot writer"));
             } else if constexpr (std::is_same_v<M, tock::StartupMode::SelfTest>) {
