@@ -210,7 +210,10 @@ void FlapTile::paint(QPainter &painter) const
 {
     if (rect_.isEmpty())
         return;
-    const qreal dpr = painter.device()->devicePixelRatioF();
+    // The painter's own scale, not its device's ratio: a widget rendered into an image for a
+    // screenshot reports its screen's ratio as the device, and a zoomed window scales the painter.
+    const QTransform device = painter.deviceTransform();
+    const qreal dpr = std::max(0.01, qRound(std::hypot(device.m11(), device.m12()) * 100) / 100.0);
     const QSizeF size = rect_.size();
     const QImage next = face(target_, dpr);
     // The hinge sits on a whole device pixel so the two halves meet without a seam.

@@ -47,11 +47,12 @@ public:
     // Shows `c` at once, ending any flip.
     void setResting(QChar c);
 
-    // Draws the tile at the clock's present moment, at the painter's device pixel ratio.
+    // Draws the tile at the clock's present moment, its faces rendered at the painter's scale to
+    // device pixels.
     void paint(QPainter &painter) const;
 
     // How many character faces have been rendered in this process: each character, tile size,
-    // style and pixel ratio is rendered once and then reused.
+    // style and scale is rendered once and then reused.
     static int renderedFaceCount();
 
 private:
