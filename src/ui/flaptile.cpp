@@ -243,7 +243,9 @@ void FlapTile::paint(QPainter &painter) const
         const double second = half > 0 ? std::clamp(t / half - 1, 0.0, 1.0) : 1.0;
         const qreal eye = eyeInTileHeights * size.height();
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
-        painter.setRenderHint(QPainter::Antialiasing);
+        // Smoothing a projected leaf's edges is most of a frame's cost; from two device pixels a
+        // point on, the steps are too fine to see.
+        painter.setRenderHint(QPainter::Antialiasing, dpr < 1.5);
         auto leaf = [&](const QImage &image, bool top, qreal angle, qreal shade) {
             painter.save();
             painter.setTransform(leafTransform(angle, size.width() / 2, hinge, eye), true);

@@ -5,11 +5,13 @@
 
 #include <QApplication>
 #include <QLabel>
+#include <QShortcut>
 #include <QTime>
 #include <QTimer>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <cmath>
 
 namespace tock {
 
@@ -75,6 +77,11 @@ public:
         layout->addWidget(words_);
         layout->setSizeConstraint(QLayout::SetFixedSize);
 
+        // Closing with the keyboard too: the window may have no frame to click.
+        for (const QKeySequence &keys : {QKeySequence(QKeySequence::Close), QKeySequence(QKeySequence::Quit),
+                                         QKeySequence(Qt::Key_Escape)})
+            connect(new QShortcut(keys, this), &QShortcut::activated, this, &QWidget::close);
+
         showTime();
         showWord();
 
@@ -92,8 +99,10 @@ private:
     {
         const QTime now = QTime::currentTime();
         time_->setText(now.toString(QStringLiteral("HH:mm:ss")));
-        // Just past the next whole second, so the display is never a second late.
-        secondTimer_.start(1000 - now.msec() + 5);
+        // Just past a whole second, so the display is never late; slowed flips are given whole
+        // seconds enough to land before the next change.
+        const int seconds = std::max(1, int(std::ceil(clock_.settleDelay() + 0.1)));
+        secondTimer_.start(seconds * 1000 - now.msec() + 5);
     }
 
     void showWord()
