@@ -250,9 +250,11 @@ void FlapTile::paint(QPainter &painter) const
             painter.save();
             painter.setTransform(leafTransform(angle, size.width() / 2, hinge, eye), true);
             painter.drawImage(top ? topTarget : bottomTarget, image, top ? topSource : bottomSource);
-            QColor dark = style_.shade;
-            dark.setAlphaF(float(shade * dark.alphaF()));
-            painter.fillPath(halfOutline(size, style_.radius, hinge, top), dark);
+            if (shade > 0) {
+                QColor dark = style_.shade;
+                dark.setAlphaF(float(shade * dark.alphaF()));
+                painter.fillPath(halfOutline(size, style_.radius, hinge, top), dark);
+            }
             painter.restore();
         };
         // The old upper half falls, darkening as it turns away from the light; once it is edge-on

@@ -1,5 +1,5 @@
-// The tock executable. Until the window exists it runs without one: the self-check, the
-// terminal mode, and the parsing of the window's tool switches.
+// The tock executable. Until the main window exists it runs without one: the self-check, the
+// terminal mode, the split-flap demonstration and the parsing of the window's tool switches.
 #include "flipdemo.h"
 #include "selftest.h"
 #include "startup.h"
