@@ -1,6 +1,7 @@
 // A row of split-flap tiles showing a text, such as a running time "01:23:45": one tile per
 // character, separator characters (':') drawn narrow between the tiles. A new text flips only
-// the tiles whose character changed.
+// the tiles whose character changed. Made for times and plain words: a character is one UTF-16
+// unit, so characters outside the basic plane do not fit on a tile.
 #pragma once
 
 #include "flapstyle.h"
