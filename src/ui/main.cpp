@@ -1,14 +1,18 @@
-// The tock executable. Until the window exists it runs without one: the self-check, the
-// terminal mode, and the parsing of the window's tool switches.
+// The tock executable. Until the main window exists it runs without one: the self-check, the
+// terminal mode, the split-flap demonstration and the parsing of the window's tool switches.
 #include "selftest.h"
 #include "startup.h"
 #include "terminal.h"
 #ifdef TOCK_WITH_UI
+#include "flipdemo.h"
 #include "fontloader.h"
+#include <QApplication>
 #endif
 
 #include <QCoreApplication>
 #include <QTextStream>
+
+#include <memory>
 
 namespace {
 
@@ -22,7 +26,19 @@ int notYetBuilt(const QString &mode)
 
 int main(int argc, char **argv)
 {
-    QCoreApplication application(argc, argv);
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    const tock::StartupMode mode = tock::StartupMode::parse(arguments);
+
+    // Only the modes that open a window need a display.
+#ifdef TOCK_WITH_UI
+    const bool windowed = std::holds_alternative<tock::StartupMode::FlipDemo>(mode.value);
+    const std::unique_ptr<QCoreApplication> application =
+        windowed ? std::make_unique<QApplication>(argc, argv) : std::make_unique<QCoreApplication>(argc, argv);
+#else
+    const auto application = std::make_unique<QCoreApplication>(argc, argv);
+#endif
     QCoreApplication::setOrganizationName(QStringLiteral("Tock"));
     QCoreApplication::setApplicationName(QStringLiteral("Tock"));
 #ifdef TOCK_WITH_UI
@@ -30,14 +46,17 @@ int main(int argc, char **argv)
     tock::FontLoader::registerBundledFonts();
 #endif
 
-    const tock::StartupMode mode = tock::StartupMode::parse(QCoreApplication::arguments().mid(1));
     return std::visit(
         [](const auto &m) -> int {
             using M = std::decay_t<decltype(m)>;
             if constexpr (std::is_same_v<M, tock::StartupMode::Bench>) {
                 return notYetBuilt(QStringLiteral("the rendering benchmark"));
             } else if constexpr (std::is_same_v<M, tock::StartupMode::FlipDemo>) {
+#ifdef TOCK_WITH_UI
+                return tock::runFlipDemo();
+#else
                 return notYetBuilt(QStringLiteral("the split-flap demonstration"));
+#endif
             } else if constexpr (std::is_same_v<M, tock::StartupMode::Screenshots>) {
                 return notYetBuilt(QStringLiteral("the screenshot writer"));
             } else if constexpr (std::is_same_v<M, tock::StartupMode::SelfTest>) {
