@@ -12,6 +12,7 @@
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QProcess>
+#include <QTest>
 #include <QThread>
 #include <QTimer>
 
@@ -172,7 +173,7 @@ private Q_SLOTS:
         QCOMPARE(f.m().promptText(), QStringLiteral("sta"));
         QCOMPARE(f.m().promptCaret(), 2);
         const bool typed = !reply.exit && !line.trimmed().isEmpty();
-        QCOMPARE(f.m().history().entries(), typed ? QStringList{line} : QStringList{});
+        QCOMPARE(ModelProbe::history(f.m()).entries(), typed ? QStringList{line} : QStringList{});
         QCOMPARE(f.m().shellOutput(), reply.lines); // the window shows it too
         if (line == QLatin1String("rm 2")) {
             f.undo.undo();
