@@ -960,7 +960,7 @@ Theme buildShell()
     t.fieldBorderWidth = 1;
     t.fieldShape = ShapeKind::rect(3);
     t.fieldHardShadow = false;
-    t.invalidFill = QColor(0x4A, 0x22, 0x27);
+    t.invalidFill = QColor(0x3A, 0x1A, 0x1E);
     t.invalidInk = T::red;
     t.fieldDigitSize = 18;
     t.digitFont = monoFont(18);
