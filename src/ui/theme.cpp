@@ -614,13 +614,13 @@ Theme buildAmber()
     t.nameInk = A::ink;
     t.nameTracking = 0;
     t.timeKind = TimeKind::plain;
-    t.timeSize = 22;
-    t.timeFont = termFont(22);
+    t.timeSize = 20;
+    t.timeFont = termFont(20);
     t.timeInk = A::ink;
     t.runningTimeInk = A::ink;
     t.timeTracking = 0;
     t.timeGlow = true;
-    t.labelFont = termFont(12);
+    t.labelFont = termFont(11);
     t.captionFont = termFont(11);
 
     t.wellFill = clear;
@@ -669,9 +669,9 @@ Theme buildAmber()
     t.fieldHardShadow = false;
     t.invalidFill = QColor(0x4A, 0x1A, 0x0E);
     t.invalidInk = QColor(0xFF, 0x8A, 0x5C);
-    t.fieldDigitSize = 22;
-    t.digitFont = termFont(22);
-    t.digitAdvance = 13.2; // the font's 6-by-10 cell at this size
+    t.fieldDigitSize = 20;
+    t.digitFont = termFont(20);
+    t.digitAdvance = 12; // the font's 6-by-10 cell at this size
     t.caret = CaretKind::block;
     t.steadyCursor = false;
 
