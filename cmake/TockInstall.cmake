@@ -54,12 +54,12 @@ set(CPACK_PACKAGE_NAME tock)
 set(CPACK_PACKAGE_VENDOR "Tock developers")
 set(CPACK_PACKAGE_CONTACT "${TOCK_MAINTAINER}")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${TOCK_TAGLINE}")
-set(CPACK_PACKAGE_DESCRIPTION
-  "Tock keeps a short list of named count-up timers in one compact window, drawn in one of "
-  "seven visual styles. Timers are added, renamed, started, paused, reset, reordered and set "
-  "by hand or with commands at a built-in prompt, with undo; tock --shell runs the same "
-  "commands from a terminal.")
-string(JOIN "" CPACK_PACKAGE_DESCRIPTION ${CPACK_PACKAGE_DESCRIPTION})
+# Kept as short lines: the package's control file shows them as written.
+string(CONCAT CPACK_PACKAGE_DESCRIPTION
+  "Tock keeps a short list of named count-up timers in one compact window,\n"
+  "drawn in one of seven visual styles. Timers are added, renamed, started,\n"
+  "paused, reset, reordered and set by hand or with commands at a built-in\n"
+  "prompt, with undo. tock --shell runs the same commands from a terminal.")
 set(CPACK_PACKAGE_HOMEPAGE_URL "${TOCK_HOMEPAGE}")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
