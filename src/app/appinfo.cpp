@@ -16,7 +16,12 @@ QString versionLine()
 
 QString tagline()
 {
-    return QStringLiteral("Named count-up timers in one small window");
+    return QStringLiteral(TOCK_TAGLINE);
+}
+
+QString appId()
+{
+    return QStringLiteral(TOCK_APP_ID);
 }
 
 } // namespace tock::AppInfo
