@@ -3,6 +3,9 @@
 #include "selftest.h"
 #include "startup.h"
 #include "terminal.h"
+#ifdef TOCK_WITH_UI
+#include "fontloader.h"
+#endif
 
 #include <QCoreApplication>
 #include <QTextStream>
@@ -22,6 +25,10 @@ int main(int argc, char **argv)
     QCoreApplication application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Tock"));
     QCoreApplication::setApplicationName(QStringLiteral("Tock"));
+#ifdef TOCK_WITH_UI
+    // Before any mode draws; a windowless application object has no fonts and skips this.
+    tock::FontLoader::registerBundledFonts();
+#endif
 
     const tock::StartupMode mode = tock::StartupMode::parse(QCoreApplication::arguments().mid(1));
     return std::visit(
