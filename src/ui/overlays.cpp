@@ -10,12 +10,12 @@ namespace tock {
 namespace {
 
 // Calls `line(position, thickness)` in device pixels for every band of one axis: the band
-// starts every `pitch` device pixels from `start`, covering [lo, hi).
+// starts every `pitch` device pixels from `start`, covering [lo, hi). Bands closer than three
+// pixels would read as a flat tint, so small scales spread them to three.
 template<typename Line>
 void bands(qreal start, qreal pitch, qreal thickness, qreal lo, qreal hi, Line line)
 {
-    if (pitch < 2)
-        return; // too fine to read as lines: it would only darken the window
+    pitch = std::max<qreal>(3, std::round(pitch));
     const qreal first = start + std::ceil((lo - start - thickness) / pitch) * pitch;
     for (qreal at = first; at < hi; at += pitch)
         line(std::round(at), thickness);
@@ -49,7 +49,7 @@ void PixelGridOverlay::paint(QPainter &painter, const QRectF &area, const QColor
         color.setAlpha(alpha);
         painter.setRenderHint(QPainter::Antialiasing, false);
         const qreal thickness = std::max<qreal>(1, std::round(scale / 2));
-        const qreal pitch = std::round(cell * scale); // whole pixels: no beating
+        const qreal pitch = cell * scale;
         bands(origin.x(), pitch, thickness, visible.left(), visible.right(), [&](qreal x, qreal w) {
             painter.fillRect(QRectF(x, visible.top(), w, visible.height()), color);
         });
@@ -71,7 +71,7 @@ void ScanlineOverlay::paint(QPainter &painter, const QRectF &area, const QColor 
         color.setAlpha(alpha);
         painter.setRenderHint(QPainter::Antialiasing, false);
         const qreal thickness = std::max<qreal>(1, std::round(scale));
-        bands(origin.y() + thickness, std::round(pitch * scale), thickness, visible.top(), visible.bottom(),
+        bands(origin.y() + thickness, pitch * scale, thickness, visible.top(), visible.bottom(),
               [&](qreal y, qreal h) {
                   painter.fillRect(QRectF(visible.left(), y, visible.width(), h), color);
               });

@@ -44,6 +44,8 @@ QFont gridFont(const QString &family, int size)
 {
     QFont font = fontOf({family}, size, QFont::Normal);
     font.setKerning(false);
+    // Characters the grid fonts lack fall back to a monospace face, closest in spirit.
+    font.setStyleHint(QFont::TypeWriter);
     return font;
 }
 

@@ -245,6 +245,8 @@ struct Theme {
     bool leaderDots = false;   // dots between a row's name and its time
     bool bracketWords = false; // word icons are drawn as "[word]"
 
+    friend bool operator==(const Theme &, const Theme &) = default;
+
     // The seven themes, each built once on first use.
     static const Theme &classic();
     static const Theme &color();
