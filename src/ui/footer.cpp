@@ -285,7 +285,7 @@ void Footer::relayout()
     const bool toast = toastShown();
     qreal addWidth = add_->preferredSize().width() + room;
     if (t.addStyle == AddStyle::panel)
-        addWidth = toast ? std::max<qreal>(addWidth, inner.width() * 0.42) : inner.width();
+        addWidth = toast ? addWidth : inner.width();
     add_->setUnzoomedGeometry(QRectF(inner.left(), inner.top(), addWidth, t.buttonSize + room));
     const qreal toastLeft = inner.left() + addWidth + 8;
     toast_->setUnzoomedGeometry(QRectF(toastLeft, inner.top(), inner.right() - toastLeft, t.buttonSize + room));

@@ -150,7 +150,8 @@ void RootView::relayout()
 
     const QSizeF menuSize = menu_->preferredSize();
     const QRectF sb(title_->styleButton()->geometry().topLeft() / zoom(), title_->styleButton()->preferredSize());
-    qreal menuLeft = std::min(sb.left() + b, size.width() - b - menuSize.width() - 4);
+    // Right-aligned under the style button, inside the window.
+    qreal menuLeft = std::min(sb.right() + b - menuSize.width(), size.width() - b - menuSize.width() - 4);
     menuLeft = std::max(menuLeft, b + 4);
     menu_->setUnzoomedGeometry(QRectF(QPointF(menuLeft, b + sb.bottom() + 4), menuSize));
     scrim_->setUnzoomedGeometry(unzoomedRect());

@@ -37,12 +37,27 @@ void ThemedButton::setText(const QString &text)
     update();
 }
 
+void ThemedButton::setRowIndex(int index)
+{
+    if (rowIndex_ == index)
+        return;
+    rowIndex_ = index;
+    update();
+}
+
 void ThemedButton::setOpacity(qreal opacity)
 {
     if (qFuzzyCompare(opacity_, opacity))
         return;
     opacity_ = opacity;
     update();
+}
+
+QString ThemedButton::label() const
+{
+    const Theme &t = theme();
+    const QString cased = Theme::applyCase(t.labelCase, text_);
+    return t.icons == IconKind::word && t.bracketWords ? QLatin1Char('[') + cased + QLatin1Char(']') : cased;
 }
 
 bool ThemedButton::isWord() const
@@ -54,10 +69,10 @@ QSizeF ThemedButton::preferredSize() const
 {
     const Theme &t = theme();
     if (isWord())
-        return {Draw::textWidth(Glyphs::wordFont(t), Glyphs::word(t, *glyph_)) + 6, t.buttonSize};
+        return {Draw::textWidth(Glyphs::wordFont(t), Glyphs::word(t, *glyph_)) + 2, t.buttonSize};
     if (!text_.isEmpty()) {
-        const QString label = Theme::applyCase(t.labelCase, text_);
-        return {Draw::textWidth(t.labelFont, label) + 20 + (glyph_ ? t.iconSize + 4 : 0), t.buttonSize};
+        const bool glyph = glyph_ && t.icons != IconKind::word;
+        return {Draw::textWidth(t.labelFont, label()) + 20 + (glyph ? t.iconSize + 4 : 0), t.buttonSize};
     }
     return {t.buttonSize, t.buttonSize};
 }
@@ -86,7 +101,7 @@ void ThemedButton::paintEvent(QPaintEvent *)
     panel.lip = t.lipShadow;
     panel.highlight = t.buttonHighlight;
     if (role_ == Role::running) {
-        panel.fill = panel.fill2 = t.runningFill;
+        panel.fill = panel.fill2 = t.runningFillAt(rowIndex_);
         panel.border = t.runningBorder;
         ink = t.runningInk;
     } else if (role_ == Role::primary) {
@@ -113,21 +128,21 @@ void ThemedButton::paintEvent(QPaintEvent *)
     }
     Draw::panel(painter, key, panel);
     if (role_ == Role::running && t.runningGlow) {
-        QColor halo = t.runningFill;
+        QColor halo = t.runningFillAt(rowIndex_);
         halo.setAlpha(70);
         painter.setPen(QPen(halo, 2));
         painter.setBrush(Qt::NoBrush);
         painter.drawPath(Draw::shape(t.buttonShape, key.adjusted(-1, -1, 1, 1)));
     }
     if (!text_.isEmpty()) {
-        const QString label = Theme::applyCase(t.labelCase, text_);
         QRectF textRect = key;
-        if (glyph_) {
+        // Word themes spell everything out; a glyph beside the word would say it twice.
+        if (glyph_ && t.icons != IconKind::word) {
             const QRectF icon(key.left() + 8, key.center().y() - t.iconSize / 2, t.iconSize, t.iconSize);
             Glyphs::paint(painter, t, *glyph_, icon, ink);
             textRect.setLeft(icon.right() + 2);
         }
-        Draw::text(painter, textRect, Qt::AlignCenter, label, t.labelFont, ink);
+        Draw::text(painter, textRect, Qt::AlignCenter, label(), t.labelFont, ink);
     } else if (glyph_) {
         const qreal s = t.iconSize;
         Glyphs::paint(painter, t, *glyph_, QRectF(key.center() - QPointF(s / 2, s / 2), QSizeF(s, s)), ink);

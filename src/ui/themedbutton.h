@@ -20,6 +20,8 @@ public:
     void setRole(Role role);
     void setGlyph(std::optional<Glyph> glyph);
     void setText(const QString &text);
+    // The row the button sits in, for themes whose running key takes the row's tint.
+    void setRowIndex(int index);
     // Multiplies everything drawn, for views that fade.
     void setOpacity(qreal opacity);
     // The size the button wants in unzoomed points.
@@ -38,10 +40,12 @@ protected:
 
 private:
     bool isWord() const;
+    QString label() const; // the text as drawn: cased, bracketed where words are
     Role role_;
     std::optional<Glyph> glyph_;
     QString text_;
     qreal opacity_ = 1;
+    int rowIndex_ = 0;
     bool hovered_ = false;
     bool pressed_ = false;
 };

@@ -333,6 +333,7 @@ void TimerRow::setPlace(int index, bool isLast)
         return;
     index_ = index;
     isLast_ = isLast;
+    play_->setRowIndex(index);
     face_->update();
 }
 
@@ -403,7 +404,8 @@ void TimerRow::relayout()
         const QSizeF s = b->preferredSize() + QSizeF(room, room);
         right -= s.width();
         b->setUnzoomedGeometry(QRectF(right, mid - (s.height() - room) / 2, s.width(), s.height()));
-        right -= 6 - room;
+        // Word buttons space themselves with their brackets.
+        right -= (t.icons == IconKind::word ? 2 : 6) - room;
     };
     place(reset_);
     place(play_);

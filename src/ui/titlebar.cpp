@@ -48,12 +48,18 @@ QSizeF WindowButton::preferredSize() const
     const Theme &t = theme();
     if (lights(t))
         return {lightSize, lightSize};
-    if (t.icons == IconKind::word) {
-        const Glyph glyph = action_ == Action::close ? Glyph::close
-                            : action_ == Action::minimize ? Glyph::minimize : Glyph::zoom;
-        return {Draw::textWidth(Glyphs::wordFont(t), Glyphs::word(t, glyph)) + 2, boxSize};
-    }
+    if (t.icons == IconKind::word)
+        return {Draw::textWidth(Glyphs::wordFont(t), word()) + 2, boxSize};
     return {boxSize, boxSize};
+}
+
+QString WindowButton::word() const
+{
+    const Theme &t = theme();
+    if (action_ != Action::zoom)
+        return Glyphs::word(t, action_ == Action::close ? Glyph::close : Glyph::minimize);
+    // The size key has no word of its own; "add" would read as adding a timer.
+    return t.bracketWords ? QStringLiteral("[+]") : QStringLiteral("+");
 }
 
 void WindowButton::paintEvent(QPaintEvent *)
@@ -106,7 +112,7 @@ void WindowButton::paintBox(QPainter &painter, const QRectF &rect)
                         : action_ == Action::minimize ? Glyph::minimize : Glyph::zoom;
     QColor ink = t.buttonInk;
     if (t.icons == IconKind::word) {
-        Draw::text(painter, rect, Qt::AlignCenter, Glyphs::word(t, glyph), Glyphs::wordFont(t),
+        Draw::text(painter, rect, Qt::AlignCenter, word(), Glyphs::wordFont(t),
                    hovered_ ? t.accent : t.muted);
         return;
     }
@@ -310,13 +316,22 @@ QRectF TitleBar::titleRect() const
 {
     const Theme &t = theme();
     const QSizeF size = unzoomedSize();
-    const qreal pad = t.contentPadding;
-    const QRectF buttons(QPointF(buttons_->x(), 0) / zoom(), buttons_->preferredSize());
-    const qreal sbLeft = styleButton_->x() / zoom();
-    if (t.titleCentered)
-        return {0, 0, size.width(), size.height() - t.titleRuleWidth};
-    const qreal left = lights(t) ? buttons.right() + 12 : pad;
-    return {left, 0, sbLeft - left - 8, size.height() - t.titleRuleWidth};
+    const qreal height = size.height() - t.titleRuleWidth;
+    // The free stretch between the controls: lights lead on the left, boxes and the style
+    // button close the bar on the right.
+    qreal left = t.contentPadding;
+    qreal right = styleButton_->x() / zoom() - 10;
+    if (lights(t))
+        left = (buttons_->x() + buttons_->width()) / zoom() + 10;
+    if (t.titleCentered) {
+        // Centred on the window where it fits, else centred in the free stretch.
+        const qreal half = Draw::textWidth(Draw::tracked(t.titleFont, t.titleTracking), t.titleText) / 2 + 2;
+        qreal centre = size.width() / 2;
+        if (centre - half < left || centre + half > right)
+            centre = (left + right) / 2;
+        return {std::max(left, centre - half), 0, std::min(right, centre + half) - std::max(left, centre - half), height};
+    }
+    return {left, 0, std::max<qreal>(0, right - left), height};
 }
 
 void TitleBar::relayout()
@@ -357,12 +372,7 @@ void TitleBar::paintEvent(QPaintEvent *)
     if (t.titleFill.alpha() > 0)
         painter.fillRect(area, t.titleFill);
     const QFont font = Draw::tracked(t.titleFont, t.titleTracking);
-    QRectF text = titleRect();
-    if (t.titleCentered) {
-        // Centred on the window, but never under the buttons on either side.
-        const qreal half = Draw::textWidth(font, t.titleText) / 2 + 2;
-        text = QRectF(area.center().x() - half, text.top(), 2 * half, text.height());
-    }
+    const QRectF text = titleRect();
     Draw::text(painter, text, Qt::AlignVCenter | (t.titleCentered ? Qt::AlignHCenter : Qt::AlignLeft), t.titleText,
                font, looksActive() ? t.titleInk : t.muted);
     const qreal y = area.bottom() - t.titleRuleWidth / 2;

@@ -30,6 +30,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
+    QString word() const; // the button in word themes
     void paintLight(QPainter &painter, const QRectF &rect);
     void paintBox(QPainter &painter, const QRectF &rect);
     Action action_;
