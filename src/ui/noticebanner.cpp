@@ -30,7 +30,7 @@ void NoticeBanner::run(Action action)
             showFiles_();
         break;
     case Action::startFresh: model()->startFreshAfterUnreadable(); break;
-    case Action::retry: model()->save(); break;
+    case Action::retry: model()->retrySave(); break;
     }
 }
 

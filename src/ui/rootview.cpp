@@ -63,7 +63,7 @@ RootView::RootView(AppModel *model, QWidget *parent, WindowActions actions)
     connect(buttons->button(WindowButton::Action::zoom), &WindowButton::clicked, this,
             [this] { this->model()->toggleLarge(); });
 
-    connect(model, &AppModel::boardChanged, this, [this] { boardChanged(); });
+    connect(model, &AppModel::boardChanged, this, &RootView::boardChanged);
     connect(model, &AppModel::styleChanged, this, &RootView::restyle);
     connect(model, &AppModel::zoomChanged, this, &RootView::restyle);
     connect(model, &AppModel::screenHeightChanged, this, [this] { relayout(); });
@@ -180,8 +180,16 @@ void RootView::restyle()
     update();
 }
 
-void RootView::boardChanged()
+void RootView::boardChanged(const BoardChange &change)
 {
+    if (change.inserted.isEmpty() && change.removed.isEmpty() && change.moved.isEmpty()) {
+        // Only some timers changed: just their rows redraw.
+        for (const QUuid &id : change.changed) {
+            if (TimerRow *row = rows_->row(id))
+                row->refresh();
+        }
+        return;
+    }
     rows_->sync();
     relayout();
 }

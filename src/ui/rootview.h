@@ -56,7 +56,7 @@ protected:
 private:
     void relayout();
     void restyle();
-    void boardChanged();
+    void boardChanged(const BoardChange &change);
     void hoverOrEditChanged();
     void offsetsChanged(bool animated);
     void noticeChanged();

@@ -3,9 +3,9 @@
 #include "rootview.h"
 #include "timeedit.h"
 #include "tockwindow.h"
-#include "virtualservices.h"
 
 #include <QDir>
+#include <QHash>
 #include <QFile>
 #include <QPainter>
 
@@ -14,6 +14,36 @@ namespace tock::Screenshots {
 namespace {
 
 constexpr Instant sceneTime = 1'700'000'000;
+
+// A still scene's world: the clock stands at one instant, nothing scheduled ever runs and
+// settings live only as long as the scene.
+class StillClock final : public Clock {
+public:
+    Instant now() const override { return sceneTime; }
+};
+
+class StillScheduler final : public Scheduler {
+public:
+    TaskId after(double, std::function<void()>) override { return ++last_; }
+    TaskId every(double, double, std::function<void()>) override { return ++last_; }
+    void cancel(TaskId) override {}
+
+private:
+    TaskId last_ = 0;
+};
+
+class SceneSettings final : public Settings {
+public:
+    std::optional<QVariant> value(const QString &key) const override
+    {
+        return values_.contains(key) ? std::optional<QVariant>(values_.value(key)) : std::nullopt;
+    }
+    void setValue(const QString &key, const QVariant &value) override { values_.insert(key, value); }
+    void remove(const QString &key) override { values_.remove(key); }
+
+private:
+    QHash<QString, QVariant> values_;
+};
 
 TimerItem timer(const QString &name, double seconds, bool running = false)
 {
@@ -72,13 +102,22 @@ const QStringList &scenes()
     return names;
 }
 
-std::unique_ptr<AppModel> sceneModel(const QString &scene, StyleID style, const Services &services)
+Services stillServices()
+{
+    Services services;
+    services.clock = std::make_shared<StillClock>();
+    services.scheduler = std::make_shared<StillScheduler>();
+    services.settings = std::make_shared<SceneSettings>();
+    return services;
+}
+
+std::unique_ptr<AppModel> sceneModel(const QString &scene, StyleID style, UndoManager &undo)
 {
     const bool isLong = scene == QLatin1String("long") || scene == QLatin1String("edit-long");
     std::optional<StorageNotice> notice;
     if (scene == QLatin1String("notice"))
         notice = StorageNotice::recovered(QStringLiteral("timers-2.json"));
-    auto model = std::make_unique<AppModel>(nullptr, isLong ? longBoard() : mainBoard(), style, notice, services);
+    auto model = std::make_unique<AppModel>(nullptr, isLong ? longBoard() : mainBoard(), style, notice, stillServices(), undo);
     const QUuid design = idAt(*model, 1);
     if (scene == QLatin1String("edit")) {
         model->beginEdit(design);
@@ -129,9 +168,6 @@ int writeAll(const QString &directory, QTextStream &err)
         err << "tock: could not create " << directory << '\n';
         return 1;
     }
-    VirtualServices virtualServices;
-    virtualServices.clock->set(sceneTime);
-    const Services services = virtualServices.services();
     QString html = QStringLiteral(
         "<!doctype html><meta charset=\"utf-8\"><title>Tock screenshots</title>\n"
         "<style>body{font:13px sans-serif;background:#888}td{vertical-align:top;padding:6px}"
@@ -147,7 +183,8 @@ int writeAll(const QString &directory, QTextStream &err)
         }
         html += QStringLiteral("<tr><th>") + StyleIDs::displayName(style) + QStringLiteral("</th>");
         for (const QString &scene : scenes()) {
-            std::unique_ptr<AppModel> model = sceneModel(scene, style, services);
+            UndoManager undo;
+            std::unique_ptr<AppModel> model = sceneModel(scene, style, undo);
             const QImage image = render(*model, 2, scene == QLatin1String("inactive"));
             const QString file = raw + QLatin1Char('/') + scene + QStringLiteral(".png");
             if (!image.save(root.filePath(file))) {

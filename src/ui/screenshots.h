@@ -18,8 +18,12 @@ namespace Screenshots {
 // The scene names, in the order the index shows them.
 const QStringList &scenes();
 
-// A model showing `scene` in `style`; `services` must outlive it.
-std::unique_ptr<AppModel> sceneModel(const QString &scene, StyleID style, const Services &services);
+// Services for a still scene: a clock stopped at one instant, a scheduler that never runs
+// anything and settings kept in memory.
+Services stillServices();
+
+// A model without a store showing `scene` in `style`; `undo` must outlive it.
+std::unique_ptr<AppModel> sceneModel(const QString &scene, StyleID style, UndoManager &undo);
 
 // The window rendered into a transparent image at `pixelRatio`.
 QImage render(AppModel &model, qreal pixelRatio, bool inactive);

@@ -103,17 +103,19 @@ QString noDisplayMessage()
 
 int runWindow(const QString &directory)
 {
-    Services services = Services::real();
-    services.beep = [] { QApplication::beep(); };
-    services.confirm = askToConfirm;
-    AppSession session(directory, services);
+    AppSession session(directory, Services::real());
     if (session.start() == AppSession::Start::alreadyRunning) {
         QMessageBox::information(nullptr, QStringLiteral("Tock"), alreadyRunningTitle() + QStringLiteral("\n\n")
                                                                       + alreadyRunningText());
         return 3;
     }
     AppModel &model = *session.model();
-    model.setOnExit([] { QApplication::quit(); });
+    QObject::connect(&model, &AppModel::exitRequested, qApp, [] { QApplication::quit(); });
+    QObject::connect(&model, &AppModel::beepRequested, qApp, [] { QApplication::beep(); });
+    QObject::connect(&model, &AppModel::startFreshRequested, &model, [&model] {
+        if (askToConfirm(AppModel::startFreshQuestion()))
+            model.confirmStartFresh();
+    });
     const QString folder = session.store()->directory();
     TockWindow window(&model, [folder] { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); });
     window.setMargin(desktopComposites() ? TockWindow::Margin::shadow : TockWindow::Margin::none);
