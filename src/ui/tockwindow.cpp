@@ -119,6 +119,7 @@ void TockWindow::closeEvent(QCloseEvent *event)
     model_->commitEdit();
     model_->pauseAll();
     event->accept();
+    Q_EMIT closed();
 }
 
 void TockWindow::changeEvent(QEvent *event)

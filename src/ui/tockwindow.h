@@ -35,6 +35,10 @@ public:
     // The screen's available height changed or the window moved to another screen.
     void trackScreen();
 
+Q_SIGNALS:
+    // The window closed (its timers are paused by then).
+    void closed();
+
 protected:
     void paintEvent(QPaintEvent *event) override;
     void closeEvent(QCloseEvent *event) override;

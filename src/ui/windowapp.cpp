@@ -119,6 +119,8 @@ int runWindow(const QString &directory)
     const QString folder = session.store()->directory();
     TockWindow window(&model, [folder] { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); });
     window.setMargin(desktopComposites() ? TockWindow::Margin::shadow : TockWindow::Margin::none);
+    // The one window closing ends the application.
+    QObject::connect(&window, &TockWindow::closed, qApp, &QApplication::quit, Qt::QueuedConnection);
     const CloseOnSignal closeOnSignal(&window);
     window.show();
     const int status = QApplication::exec();
