@@ -1,0 +1,123 @@
+#include "digitfield.h"
+
+#include "terminalcursor.h"
+#include "theme.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+#include <algorithm>
+
+namespace tock {
+
+namespace {
+
+qreal padH(const Theme &theme) { return std::max<qreal>(4, theme.digitAdvance * 0.35); }
+qreal padV(const Theme &theme) { return std::max<qreal>(2, theme.fieldDigitSize * 0.12); }
+// The height of one digit cell: a terminal block is 16 for a 13-point line.
+qreal cellHeight(const Theme &theme)
+{
+    return theme.fieldDigitSize * CursorCharacter::cellSize.height() / 13.0;
+}
+
+QPainterPath boxPath(const ShapeKind &shape, const QRectF &r)
+{
+    QPainterPath path;
+    switch (shape.kind) {
+    case ShapeKind::Circle:
+        path.addRoundedRect(r, r.height() / 2, r.height() / 2);
+        break;
+    case ShapeKind::Notched: {
+        const qreal s = std::min({shape.radius, r.width() / 4, r.height() / 4});
+        path.moveTo(r.left() + s, r.top());
+        path.lineTo(r.right() - s, r.top());
+        path.lineTo(r.right() - s, r.top() + s);
+        path.lineTo(r.right(), r.top() + s);
+        path.lineTo(r.right(), r.bottom() - s);
+        path.lineTo(r.right() - s, r.bottom() - s);
+        path.lineTo(r.right() - s, r.bottom());
+        path.lineTo(r.left() + s, r.bottom());
+        path.lineTo(r.left() + s, r.bottom() - s);
+        path.lineTo(r.left(), r.bottom() - s);
+        path.lineTo(r.left(), r.top() + s);
+        path.lineTo(r.left() + s, r.top() + s);
+        path.closeSubpath();
+        break;
+    }
+    case ShapeKind::Rect:
+        if (shape.radius > 0)
+            path.addRoundedRect(r, shape.radius, shape.radius);
+        else
+            path.addRect(r);
+        break;
+    }
+    return path;
+}
+
+} // namespace
+
+QSizeF DigitField::size(const Theme &theme, TimeField field)
+{
+    return {TimeFields::maxDigits(field) * theme.digitAdvance + 2 * padH(theme),
+            cellHeight(theme) + 2 * padV(theme)};
+}
+
+int DigitField::cellCount() const
+{
+    // A bar stands between cells and takes no room; a block at the end needs a cell of its own.
+    return std::max<int>(int(text.size()), caretCell + 1);
+}
+
+QRectF DigitField::cellRect(const Theme &theme, const QRectF &box, int cell) const
+{
+    // The digits sit centred as a group, so two-digit hours do not hug one side of the box.
+    const qreal h = cellHeight(theme);
+    const qreal left = box.center().x() - cellCount() * theme.digitAdvance / 2;
+    return {left + cell * theme.digitAdvance, box.center().y() - h / 2, theme.digitAdvance, h};
+}
+
+QRectF DigitField::caretRect(const Theme &theme, const QRectF &box) const
+{
+    if (caretCell < 0)
+        return {};
+    const QRectF cell = cellRect(theme, box, caretCell);
+    if (theme.caret == CaretKind::block)
+        return cell;
+    return {cell.left() - 1, cell.top(), 2, cell.height()};
+}
+
+void DigitField::paint(QPainter &painter, const QRectF &box, const Theme &theme) const
+{
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing, theme.fieldShape.kind != ShapeKind::Notched);
+
+    const QColor fill = invalid ? theme.invalidFill : focused ? theme.fieldFocusFill : theme.fieldFill;
+    const QColor ink = invalid ? theme.invalidInk : focused ? theme.fieldFocusInk : theme.fieldInk;
+    const QColor border = focused ? theme.fieldFocusBorder : theme.fieldBorder;
+    const qreal bw = theme.fieldBorderWidth;
+
+    const QRectF body = box.adjusted(bw / 2, bw / 2, -bw / 2, -bw / 2);
+    const QPainterPath path = boxPath(theme.fieldShape, body);
+    if (theme.fieldHardShadow && theme.shadowOffset > 0)
+        painter.fillPath(path.translated(theme.shadowOffset, theme.shadowOffset), theme.hardShadowColor);
+    painter.fillPath(path, fill);
+    if (bw > 0 && border.alpha() > 0) {
+        QPen pen(border, bw);
+        pen.setJoinStyle(Qt::MiterJoin);
+        painter.strokePath(path, pen);
+    }
+
+    const bool block = theme.caret == CaretKind::block && caretCell >= 0 && caretShown;
+    for (int cell = 0; cell < cellCount(); ++cell) {
+        CursorCharacter ch;
+        ch.character = cell < text.size() ? QString(text.at(cell)) : QString();
+        ch.cursor = block && cell == caretCell;
+        ch.active = windowActive;
+        ch.paint(painter, cellRect(theme, box, cell), theme.digitFont, ink, ink, fill);
+    }
+    if (theme.caret == CaretKind::bar && caretCell >= 0 && caretShown)
+        painter.fillRect(caretRect(theme, box), ink);
+    painter.restore();
+}
+
+} // namespace tock
