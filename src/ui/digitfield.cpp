@@ -107,6 +107,12 @@ void DigitField::paint(QPainter &painter, const QRectF &box, const Theme &theme)
         painter.strokePath(path, pen);
     }
 
+    if (selected && !text.isEmpty()) {
+        QColor tint = ink;
+        tint.setAlphaF(0.22f);
+        const QRectF first = cellRect(theme, box, 0);
+        painter.fillRect(first.united(cellRect(theme, box, int(text.size()) - 1)), tint);
+    }
     const bool block = theme.caret == CaretKind::block && caretCell >= 0 && caretShown;
     for (int cell = 0; cell < cellCount(); ++cell) {
         CursorCharacter ch;

@@ -22,6 +22,9 @@ struct DigitField {
     // Where the next digit lands: the cell under a block caret, or the cell a bar stands
     // before; -1 draws no caret.
     int caretCell = -1;
+    // The whole text is marked as about to be replaced (a fresh field under a bar caret, which
+    // would otherwise show nothing of where the keys go).
+    bool selected = false;
     bool caretShown = true;   // the blink phase
     bool windowActive = true; // a block caret is hollow in an inactive window
 
@@ -30,6 +33,8 @@ struct DigitField {
     // The caret's rectangle within `box`, empty when there is none; for repainting only it.
     QRectF caretRect(const Theme &theme, const QRectF &box) const;
     void paint(QPainter &painter, const QRectF &box, const Theme &theme) const;
+
+    bool operator==(const DigitField &) const = default;
 
 private:
     int cellCount() const;

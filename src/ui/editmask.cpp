@@ -18,7 +18,7 @@ namespace {
 
 int idx(TimeField f) { return static_cast<int>(f); }
 
-qreal colonWidth(const Theme &theme) { return std::max<qreal>(6, theme.digitAdvance * 0.6); }
+qreal colonWidth(const Theme &theme) { return std::max<qreal>(8, theme.digitAdvance * 0.75); }
 
 } // namespace
 
@@ -256,7 +256,7 @@ int EditMask::caretCell(TimeField field, const QString &text) const
     const bool full = text.size() >= TimeFields::maxDigits(field);
     if (theme_->caret == CaretKind::block)
         return (cursor_.fresh || full) ? 0 : int(text.size());
-    // A fresh field is shown selected by its focus fill; the bar marks where appending goes.
+    // A fresh field is shown selected instead; the bar marks where appending goes.
     return cursor_.fresh ? -1 : int(text.size());
 }
 
@@ -274,8 +274,9 @@ DigitField EditMask::fieldState(TimeField field) const
     const bool keys = !isVisible() || window()->focusWidget() == catcher_;
     d.focused = field == cursor_.field;
     d.caretCell = keys ? caretCell(field, d.text) : -1;
+    d.selected = keys && d.focused && cursor_.fresh && theme_->caret == CaretKind::bar;
     d.caretShown = blink_->isShown();
-    d.windowActive = paintsActive_.value_or(isActiveWindow());
+    d.windowActive = paintsActive_.value_or(!isVisible() || isActiveWindow());
     return d;
 }
 
@@ -286,13 +287,12 @@ void EditMask::repaintChanged()
     for (TimeField f : TimeFields::all) {
         const DigitField now = fieldState(f);
         DigitField &was = painted_[idx(f)];
-        if (now.text == was.text && now.focused == was.focused && now.invalid == was.invalid
-            && now.caretCell == was.caretCell && now.caretShown == was.caretShown
-            && now.windowActive == was.windowActive)
+        if (now == was)
             continue;
         // A blink only touches the caret; anything else may move the digits.
-        const bool onlyBlink = now.text == was.text && now.focused == was.focused && now.invalid == was.invalid
-                               && now.caretCell == was.caretCell && now.windowActive == was.windowActive;
+        DigitField blinked = was;
+        blinked.caretShown = now.caretShown;
+        const bool onlyBlink = now == blinked;
         const QRectF box = fieldBox(f);
         update(onlyBlink ? toWidget(now.caretRect(*theme_, box)) : toWidget(box));
         was = now;

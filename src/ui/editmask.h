@@ -35,7 +35,8 @@ public:
     const MaskCursor &maskCursor() const { return cursor_; }
     void setMaskCursor(const MaskCursor &cursor);
     // Draws the caret as in an active (solid) or inactive (hollow) window whatever the real
-    // state, for rendering scenes offscreen; absent follows the window.
+    // state, for rendering scenes offscreen; absent follows the window (a mask rendered without
+    // being shown draws as active).
     void setPaintsActive(std::optional<bool> active);
     // Makes the key catcher take the keyboard focus again.
     void refocus();

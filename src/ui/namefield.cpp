@@ -131,7 +131,7 @@ protected:
         CursorCharacter ch;
         ch.character = characterUnderCursor();
         ch.cursor = true;
-        ch.active = field_->paintsActive_.value_or(isActiveWindow());
+        ch.active = field_->paintsActive_.value_or(!isVisible() || isActiveWindow());
         ch.paint(painter, blockRect(), font(), theme.fieldFocusInk, theme.fieldFocusInk, theme.fieldFocusFill);
     }
 
@@ -292,6 +292,7 @@ void NameField::styleEditor()
     QPalette p = editor_->palette();
     p.setColor(QPalette::Base, Qt::transparent);
     p.setColor(QPalette::Text, theme_->fieldFocusInk);
+    p.setColor(QPalette::PlaceholderText, theme_->muted);
     // The selection is the field's own colours swapped, readable in every style.
     p.setColor(QPalette::Highlight, theme_->fieldFocusInk);
     p.setColor(QPalette::HighlightedText, theme_->fieldFocusFill);
@@ -306,6 +307,7 @@ void NameField::beginEditing()
         editor_ = new NameLineEdit(this);
         editor_->setAccessibleName(QStringLiteral("Timer name"));
         editor_->setText(name_);
+        editor_->setPlaceholderText(untitled);
         editor_->selectAll();
         styleEditor();
         relayout();
