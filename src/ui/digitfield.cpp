@@ -1,5 +1,6 @@
 #include "digitfield.h"
 
+#include "shapes.h"
 #include "terminalcursor.h"
 #include "theme.h"
 
@@ -18,40 +19,6 @@ qreal padV(const Theme &theme) { return std::max<qreal>(2, theme.fieldDigitSize 
 qreal cellHeight(const Theme &theme)
 {
     return theme.fieldDigitSize * CursorCharacter::cellSize.height() / 13.0;
-}
-
-QPainterPath boxPath(const ShapeKind &shape, const QRectF &r)
-{
-    QPainterPath path;
-    switch (shape.kind) {
-    case ShapeKind::Circle:
-        path.addRoundedRect(r, r.height() / 2, r.height() / 2);
-        break;
-    case ShapeKind::Notched: {
-        const qreal s = std::min({shape.radius, r.width() / 4, r.height() / 4});
-        path.moveTo(r.left() + s, r.top());
-        path.lineTo(r.right() - s, r.top());
-        path.lineTo(r.right() - s, r.top() + s);
-        path.lineTo(r.right(), r.top() + s);
-        path.lineTo(r.right(), r.bottom() - s);
-        path.lineTo(r.right() - s, r.bottom() - s);
-        path.lineTo(r.right() - s, r.bottom());
-        path.lineTo(r.left() + s, r.bottom());
-        path.lineTo(r.left() + s, r.bottom() - s);
-        path.lineTo(r.left(), r.bottom() - s);
-        path.lineTo(r.left(), r.top() + s);
-        path.lineTo(r.left() + s, r.top() + s);
-        path.closeSubpath();
-        break;
-    }
-    case ShapeKind::Rect:
-        if (shape.radius > 0)
-            path.addRoundedRect(r, shape.radius, shape.radius);
-        else
-            path.addRect(r);
-        break;
-    }
-    return path;
 }
 
 } // namespace
@@ -96,16 +63,11 @@ void DigitField::paint(QPainter &painter, const QRectF &box, const Theme &theme)
     const QColor border = focused ? theme.fieldFocusBorder : theme.fieldBorder;
     const qreal bw = theme.fieldBorderWidth;
 
-    const QRectF body = box.adjusted(bw / 2, bw / 2, -bw / 2, -bw / 2);
-    const QPainterPath path = boxPath(theme.fieldShape, body);
-    if (theme.fieldHardShadow && theme.shadowOffset > 0)
-        painter.fillPath(path.translated(theme.shadowOffset, theme.shadowOffset), theme.hardShadowColor);
-    painter.fillPath(path, fill);
-    if (bw > 0 && border.alpha() > 0) {
-        QPen pen(border, bw);
-        pen.setJoinStyle(Qt::MiterJoin);
-        painter.strokePath(path, pen);
+    if (theme.fieldHardShadow && theme.shadowOffset > 0) {
+        const QPainterPath shadow = shapePath(theme.fieldShape, box);
+        painter.fillPath(shadow.translated(theme.shadowOffset, theme.shadowOffset), theme.hardShadowColor);
     }
+    paintShape(painter, theme.fieldShape, box, fill, border, bw);
 
     if (selected && !text.isEmpty()) {
         QColor tint = ink;

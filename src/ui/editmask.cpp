@@ -29,7 +29,9 @@ EditMask::EditMask(AppModel *model, QWidget *parent)
     setAttribute(Qt::WA_OpaquePaintEvent, false);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     catcher_->setOnKey([this](QKeyEvent *event) { return handleKey(event); });
-    catcher_->setWantsKey([](const QKeyEvent *event) { return classify(*event) != KeyAction::notHandled; });
+    catcher_->setWantsKey([this](const QKeyEvent *event) {
+        return model_->isEditOpen() && classify(*event) != KeyAction::notHandled;
+    });
     connect(catcher_, &MaskKeyCatcher::focusChanged, this, [this] {
         updateBlinking();
         repaintChanged();
@@ -130,7 +132,8 @@ EditMask::KeyAction EditMask::classify(const QKeyEvent &event)
 
 bool EditMask::handleKey(QKeyEvent *event)
 {
-    const KeyAction action = classify(*event);
+    // A mask left on screen after its edit closed holds no keys.
+    const KeyAction action = model_->isEditOpen() ? classify(*event) : KeyAction::notHandled;
     if (action == KeyAction::notHandled)
         return false;
     MaskCursor cursor = cursor_;

@@ -2,6 +2,7 @@
 
 #include "appmodel.h"
 #include "cursorblink.h"
+#include "shapes.h"
 #include "terminalcursor.h"
 #include "theme.h"
 
@@ -35,19 +36,6 @@ public:
         return QProxyStyle::pixelMetric(metric, option, widget);
     }
 };
-
-QPainterPath fieldPath(const ShapeKind &shape, const QRectF &r)
-{
-    QPainterPath path;
-    const qreal radius = shape.kind == ShapeKind::Circle ? r.height() / 2
-                         : shape.kind == ShapeKind::Rect  ? shape.radius
-                                                          : 0;
-    if (radius > 0)
-        path.addRoundedRect(r, radius, radius);
-    else
-        path.addRect(r);
-    return path;
-}
 
 } // namespace
 
@@ -376,21 +364,16 @@ void NameField::paintEvent(QPaintEvent *)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.scale(zoom_, zoom_);
     const QRectF r = fieldRect();
-    const qreal bw = theme_->fieldBorderWidth;
-    const QRectF body = r.adjusted(bw / 2, bw / 2, -bw / 2, -bw / 2);
     if (editor_) {
-        const QPainterPath path = fieldPath(theme_->fieldShape, body);
-        painter.fillPath(path, theme_->fieldFocusFill);
-        if (bw > 0)
-            painter.strokePath(path, QPen(theme_->fieldFocusBorder, bw));
+        paintShape(painter, theme_->fieldShape, r, theme_->fieldFocusFill, theme_->fieldFocusBorder,
+                   theme_->fieldBorderWidth);
         return;
     }
     if (hover_) {
         // A quiet field outline says the name can be edited here.
         QColor edge = theme_->fieldBorder;
         edge.setAlphaF(edge.alphaF() * 0.45);
-        const QPainterPath path = fieldPath(theme_->fieldShape, r.adjusted(0.5, 0.5, -0.5, -0.5));
-        painter.strokePath(path, QPen(edge, 1));
+        paintShape(painter, theme_->fieldShape, r, Qt::NoBrush, edge, 1);
     }
     painter.setFont(nameFont());
     painter.setPen(name_.isEmpty() ? theme_->muted : theme_->nameInk);

@@ -230,13 +230,10 @@ Theme buildColor()
     t.shadowOffset = 4;
     t.rowTints = Theme::Palette::rowCycle();
     t.rowFill = Theme::Palette::yellow;
-    // Translucent keys take the row's tint: lighter at rest, darker while running.
-    t.buttonFill = QColor(0xFF, 0xFF, 0xFF, 0x8C);
-    t.buttonFill2 = t.buttonFill;
-    t.buttonHover = QColor(0xFF, 0xFF, 0xFF, 0xE0);
-    t.buttonPressed = QColor(0x1B, 0x1B, 0x1F, 0x33);
-    t.runningFill = QColor(0x1B, 0x1B, 0x1F, 0x40);
+    // The running key takes a darker shade of its own row's tint (runningFillAt).
+    t.runningFill = QColor();
     t.runningInk = ink;
+    // Hover and editing lighten the tint rather than replacing it.
     t.rowHoverFill = QColor(0xFF, 0xFF, 0xFF, 0x40);
     t.rowEditFill = QColor(0xFF, 0xFF, 0xFF, 0x66);
     t.primaryFill = Theme::Palette::coral;
@@ -245,7 +242,6 @@ Theme buildColor()
     t.sbHover = QColor(0xA6, 0xEB, 0xCC);
     t.accent = Theme::Palette::sky;
     t.muted = QColor(0x5E, 0x58, 0x4C);
-    t.fieldFill = QColor(0xFF, 0xFF, 0xFF);
     return t;
 }
 
@@ -1060,6 +1056,13 @@ QColor Theme::rowFillAt(int index) const
     if (rowTints.isEmpty() || index < 0)
         return rowFill;
     return rowTints.at(index % rowTints.size());
+}
+
+QColor Theme::runningFillAt(int index) const
+{
+    if (runningFill.isValid() || rowTints.isEmpty())
+        return runningFill;
+    return rowFillAt(index).darker(128);
 }
 
 } // namespace tock

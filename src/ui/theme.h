@@ -162,8 +162,8 @@ struct Theme {
     ShapeKind rowShape;
     bool rowShadow = false; // a hard shadow in hardShadowColor, offset by shadowOffset
     SeparatorKind rowSeparator = SeparatorKind::none;
-    QColor rowHoverFill;
-    QColor rowEditFill;
+    QColor rowHoverFill; // painted over the row's fill, so it may be translucent
+    QColor rowEditFill;  // likewise
     bool rowEmbossed = false;
 
     // Text
@@ -241,7 +241,7 @@ struct Theme {
     // Details the views need beyond the fields above, still data rather than a style switch.
     qreal shadowOffset = 0;    // the offset (right and down) of every hard shadow
     QColor ruleInk;            // the title rule and the row separators
-    QList<QColor> rowTints;    // when not empty, row i is filled with rowTints[i % size]
+    QList<QColor> rowTints;    // when not empty, row i is filled with rowTints[i % size] (rowFillAt)
     bool leaderDots = false;   // dots between a row's name and its time
     bool bracketWords = false; // word icons are drawn as "[word]"
 
@@ -265,6 +265,9 @@ struct Theme {
 
     // The fill of row `index`: its tint where the theme tints rows, else rowFill.
     QColor rowFillAt(int index) const;
+    // The running play/pause button's fill in row `index`: runningFill, or, where a tinting
+    // theme leaves runningFill invalid, a darker shade of that row's tint.
+    QColor runningFillAt(int index) const;
 };
 
 } // namespace tock

@@ -133,6 +133,7 @@ private Q_SLOTS:
         // Commit and cancel.
         QTest::newRow("return commits") << "7 : 3 Ret" << "closed" << 1 << 25385.0 << 0 << 0 << 0;
         QTest::newRow("keypad enter commits") << "5 Enter" << "closed" << 0 << 18125.0 << 0 << 0 << 0;
+        QTest::newRow("closed mask lets keys pass") << "5 Ret 7" << "closed" << 0 << 18125.0 << 0 << 1 << 0;
         QTest::newRow("escape cancels") << "9 9 Esc" << "closed" << 0 << 3725.0 << 0 << 0 << 0;
         QTest::newRow("invalid entry stays open") << "Tab 7 5 Ret" << "01|75|05" << 2 << 3725.0 << 0 << 0 << 0;
         // Moving, without wrapping either way.
