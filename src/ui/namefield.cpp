@@ -163,7 +163,8 @@ NameField::~NameField()
     // Leaving mid-rename (the row went away): the model must not think a name is being typed.
     if (editor_) {
         editor_ = nullptr;
-        model_->setIsEditingName(false);
+        if (model_)
+            model_->setIsEditingName(false);
     }
 }
 
@@ -320,6 +321,8 @@ void NameField::endEditing(End end)
     editor->hide();
     editor->deleteLater();
     blink_->setBlinking(false);
+    if (!model_)
+        return;
     if (end == End::commit && text != name_) {
         model_->rename(id_, text);
         // The board cleans the text (line breaks become spaces); show what it kept.
