@@ -147,7 +147,9 @@ NameField::NameField(AppModel *model, QUuid id, QWidget *parent)
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     if (const std::optional<TimerItem> timer = model_->board().timer(id_))
         name_ = timer->name;
-    connect(model_, &AppModel::boardChanged, this, [this] {
+    connect(model_, &AppModel::boardChanged, this, [this](const BoardChange &change) {
+        if (!change.changed.contains(id_))
+            return; // a full list of rows need not search the board for every change
         if (const std::optional<TimerItem> timer = model_->board().timer(id_))
             setName(timer->name);
     });
@@ -392,7 +394,7 @@ void NameField::mousePressEvent(QMouseEvent *event)
     }
     event->accept();
     // The model first commits an open time edit; an invalid one keeps the click from renaming.
-    if (model_->canBeginEditingName())
+    if (model_->commitEditForNameClick())
         beginEditing();
 }
 

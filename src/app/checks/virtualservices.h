@@ -16,12 +16,16 @@ namespace tock {
 class VirtualClock final : public Clock {
 public:
     explicit VirtualClock(Instant start = 1'700'000'000) : now_(start) {}
-    Instant now() const override { return now_; }
+    // Each read moves the clock on by the drift (0 unless set), so a check can
+    // tell one shared instant from several reads.
+    Instant now() const override { return now_ += drift_; }
     void set(Instant t) { now_ = t; }
     void advance(double seconds) { now_ += seconds; }
+    void setDrift(double seconds) { drift_ = seconds; }
 
 private:
-    Instant now_;
+    mutable Instant now_;
+    double drift_ = 0;
 };
 
 class VirtualScheduler final : public Scheduler {
@@ -74,15 +78,11 @@ private:
     QStringList writes_;
 };
 
-// Everything in virtual time: the clock and scheduler share one VirtualClock; beeps are
-// counted and confirmations answered from `answer`.
+// Everything in virtual time: the clock and scheduler share one VirtualClock.
 struct VirtualServices {
     std::shared_ptr<VirtualClock> clock = std::make_shared<VirtualClock>();
     std::shared_ptr<VirtualScheduler> scheduler = std::make_shared<VirtualScheduler>(clock);
     std::shared_ptr<MemorySettings> settings = std::make_shared<MemorySettings>();
-    std::shared_ptr<int> beeps = std::make_shared<int>(0);
-    std::shared_ptr<QList<Confirmation>> confirmations = std::make_shared<QList<Confirmation>>();
-    std::shared_ptr<bool> answer = std::make_shared<bool>(true);
 
     Services services() const;
     void advance(double seconds) { scheduler->advance(seconds); }
