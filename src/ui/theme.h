@@ -245,7 +245,10 @@ struct Theme {
     bool leaderDots = false;   // dots between a row's name and its time
     bool bracketWords = false; // word icons are drawn as "[word]"
 
-    // The seven themes, each built once on first use.
+    friend bool operator==(const Theme &, const Theme &) = default;
+
+    // The seven themes, each built once on first use. The system fonts are looked up then, so
+    // the first use must come after the application object exists.
     static const Theme &classic();
     static const Theme &color();
     static const Theme &gameboy();
