@@ -1,6 +1,7 @@
 #include "terminal.h"
 
 #include "controlsocket.h"
+#include "rawterminal.h"
 #include "remoteterminal.h"
 #include "startup.h"
 #include "store.h"
@@ -325,7 +326,10 @@ int runTerminal(const QStringList &lines, const QString &directory, const Servic
         QEventLoop loop;
         const EndOnSignal endOnSignal(loop);
         InputReader reader(session, prompt, loop);
-        if (reader.begin())
+        // At a terminal, keys edit the line in place; the plain line reader is the fallback.
+        const bool edited =
+            interactive && runInteractiveTerminal(session, model, out, loop, [&services] { return clockNow(services); });
+        if (!edited && reader.begin())
             loop.exec();
         if (interactive && !session.exitRequested())
             session.print(out, QStringLiteral("\n"));
