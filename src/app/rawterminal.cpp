@@ -253,6 +253,9 @@ private:
 bool runInteractiveTerminal(TerminalSession &session, AppModel &model, QTextStream &out, QEventLoop &loop,
                             const std::function<Instant()> &now)
 {
+    // Redrawing in place needs a screen: with output going elsewhere, lines stay plain.
+    if (!::isatty(STDOUT_FILENO))
+        return false;
     const RawMode raw(STDIN_FILENO);
     if (!raw.active())
         return false;

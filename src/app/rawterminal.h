@@ -40,7 +40,8 @@ private:
 
 // Runs the interactive session on standard input inside `loop` (which others may also quit,
 // e.g. on SIGTERM) until Ctrl-D on an empty line, `exit` or the end of input. False when
-// standard input cannot be put in raw mode; then nothing was read or printed.
+// standard output is not a terminal or standard input cannot be put in raw mode; then nothing
+// was read or printed.
 bool runInteractiveTerminal(TerminalSession &session, AppModel &model, QTextStream &out, QEventLoop &loop,
                             const std::function<Instant()> &now);
 
