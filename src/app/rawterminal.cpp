@@ -19,13 +19,15 @@ namespace tock {
 
 namespace {
 
-const QByteArray pasteOn = QByteArrayLiteral("\x1b[?2004h");
+// Pastes arrive marked, so their line breaks do not run half a line.
+constexpr char pasteOn[] = "\x1b[?2004h";
 constexpr char pasteOff[] = "\x1b[?2004l";
 const QString promptSign = QStringLiteral("tock> ");
 
 // What the fatal-signal handler needs, set only while a RawMode is active. Plain statics, as a
 // handler may touch nothing else.
 volatile sig_atomic_t crashFd = -1;
+volatile sig_atomic_t crashOutput = -1;
 struct termios crashSettings;
 constexpr std::array fatalSignals{SIGSEGV, SIGABRT, SIGBUS, SIGFPE, SIGILL};
 std::array<struct sigaction, fatalSignals.size()> previousActions;
@@ -35,7 +37,7 @@ void restoreOnCrash(int signal)
     const int fd = crashFd;
     if (fd >= 0) {
         ::tcsetattr(fd, TCSANOW, &crashSettings);
-        const ssize_t written = ::write(fd, pasteOff, sizeof pasteOff - 1);
+        const ssize_t written = ::write(crashOutput, pasteOff, sizeof pasteOff - 1);
         (void)written; // the process is dying; nothing else to try
     }
     // Whoever handled the signal before (a sanitizer, the default) gets it next.
@@ -43,6 +45,19 @@ void restoreOnCrash(int signal)
         if (fatalSignals[i] == signal)
             ::sigaction(signal, &previousActions[i], nullptr);
     ::raise(signal);
+}
+
+void writeAll(int fd, const char *bytes, std::size_t size)
+{
+    while (size > 0) {
+        const ssize_t written = ::write(fd, bytes, size);
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return;
+        bytes += written;
+        size -= std::size_t(written);
+    }
 }
 
 int terminalColumns(int fd)
@@ -53,7 +68,7 @@ int terminalColumns(int fd)
 
 } // namespace
 
-RawMode::RawMode(int fd) : fd_(fd)
+RawMode::RawMode(int fd, int output) : fd_(fd), output_(output)
 {
     if (!::isatty(fd) || ::tcgetattr(fd, &saved_) != 0)
         return;
@@ -66,6 +81,7 @@ RawMode::RawMode(int fd) : fd_(fd)
     raw.c_cc[VTIME] = 0;
 
     crashSettings = saved_;
+    crashOutput = output;
     crashFd = fd;
     for (std::size_t i = 0; i < fatalSignals.size(); ++i) {
         struct sigaction action = {};
@@ -78,6 +94,7 @@ RawMode::RawMode(int fd) : fd_(fd)
         return;
     }
     active_ = true;
+    writeAll(output_, pasteOn, sizeof pasteOn - 1);
 }
 
 RawMode::~RawMode()
@@ -89,6 +106,8 @@ void RawMode::restore()
 {
     if (crashFd != fd_)
         return;
+    if (active_)
+        writeAll(output_, pasteOff, sizeof pasteOff - 1);
     ::tcsetattr(fd_, TCSAFLUSH, &saved_);
     crashFd = -1;
     for (std::size_t i = 0; i < fatalSignals.size(); ++i)
@@ -256,16 +275,16 @@ bool runInteractiveTerminal(TerminalSession &session, AppModel &model, QTextStre
     // Redrawing in place needs a screen: with output going elsewhere, lines stay plain.
     if (!::isatty(STDOUT_FILENO))
         return false;
-    const RawMode raw(STDIN_FILENO);
+    out.flush();
+    const RawMode raw(STDIN_FILENO, STDOUT_FILENO);
     if (!raw.active())
         return false;
     {
         Interactive interactive(session, model, out, loop, now);
-        session.print(out, QString::fromUtf8(pasteOn));
         interactive.drawAll();
         loop.exec();
-        session.print(out, QString::fromLatin1(pasteOff));
     }
+    out.flush();
     return true;
 }
 

@@ -18,11 +18,12 @@ namespace tock {
 class AppModel;
 class TerminalSession;
 
-// Puts a terminal in raw mode for its lifetime and restores it afterwards; while it lives, a
-// fatal signal restores the terminal before the process dies.
+// Puts the terminal `fd` in raw mode with pastes marked (told through `output`) for its
+// lifetime and restores it afterwards; while it lives, a fatal signal restores the terminal
+// before the process dies.
 class RawMode {
 public:
-    explicit RawMode(int fd);
+    RawMode(int fd, int output);
     ~RawMode();
     RawMode(const RawMode &) = delete;
     RawMode &operator=(const RawMode &) = delete;
@@ -34,6 +35,7 @@ private:
     void restore();
 
     int fd_;
+    int output_;
     bool active_ = false;
     struct termios saved_ = {};
 };
