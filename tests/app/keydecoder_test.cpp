@@ -96,18 +96,6 @@ private Q_SLOTS:
         }
     }
 
-    // A half-arrived sequence or character produces nothing until the rest comes.
-    void waitsForTheRest()
-    {
-        KeyDecoder decoder;
-        QVERIFY(decoder.feed("\x1b[").isEmpty());
-        QVERIFY(decoder.hasPending());
-        QCOMPARE(describe(decoder.feed("A")), describe({key(Key::up)}));
-        QVERIFY(decoder.feed("\xe2\x8f").isEmpty());
-        QCOMPARE(describe(decoder.feed("\xb1")), describe({text("⏱")}));
-        QVERIFY(!decoder.hasPending());
-    }
-
     // A sequence that never ends does not hold back the typing after it.
     void endlessSequenceIsDropped()
     {
