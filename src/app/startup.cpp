@@ -93,8 +93,8 @@ StartingValues StartingValues::from(const Store::LoadResult &result, bool awaiti
         result.value);
 }
 
-AppSession::AppSession(QString directory, Services services)
-    : directory_(std::move(directory)), services_(std::move(services)), lock_(directory_)
+AppSession::AppSession(QString directory, Services services, Store::BackupPacing pacing)
+    : directory_(std::move(directory)), services_(std::move(services)), pacing_(pacing), lock_(directory_)
 {
 }
 
@@ -106,19 +106,24 @@ AppSession::~AppSession()
 AppSession::Start AppSession::start()
 {
     TOCK_REQUIRE(!model_ && !ended_, "an application session starts once");
-    if (!lock_.acquire())
-        return Start::alreadyRunning;
+    if (!lock_.acquire()) {
+        return lock_.failure() == InstanceLock::Failure::heldElsewhere ? Start::alreadyRunning
+                                                                       : Start::cannotUseFolder;
+    }
     store_ = std::make_shared<Store>(directory_, 5, 600.0);
+    store_->setBackupPacing(pacing_);
+    // Holding the lock, no other copy can be writing these any more.
+    store_->removeStaleTemporaryFiles();
     const Store::LoadResult result = store_->load();
     StartingValues values = StartingValues::from(result, store_->awaitingArchive());
     startingNotice_ = values.notice;
     undo_ = std::make_unique<UndoManager>();
     model_ = std::make_unique<AppModel>(store_, std::move(values.board), values.style, values.notice, services_,
                                         *undo_);
-    // The valid main file becomes the newest backup at every start; a failure here must not
-    // keep the timers from opening.
+    // The valid main file becomes the newest backup (at every start of the window); a failure
+    // here must not keep the timers from opening.
     try {
-        store_->rotateBackups();
+        store_->rotateBackupsAtStart((services_.clock ? services_.clock : Services::real().clock)->now());
     } catch (const StoreError &) {
     }
     return Start::started;
@@ -145,6 +150,18 @@ QString alreadyRunningText()
 {
     return QStringLiteral(
         "Another copy of Tock is using the timer data. Only one copy can run at a time so nothing gets overwritten.");
+}
+
+QString cannotUseFolderTitle()
+{
+    return QStringLiteral("Tock cannot use its data folder");
+}
+
+QString cannotUseFolderText(const QString &directory, const QString &reason)
+{
+    return QStringLiteral("The lock file in %1 could not be opened: %2. Check that the folder can be written to, "
+                          "then start Tock again.")
+        .arg(directory, reason);
 }
 
 } // namespace tock

@@ -75,18 +75,24 @@ struct StartingValues {
 // undo manager, from start() to end(). Holding the lock is what allows every file access.
 class AppSession {
 public:
-    enum class Start { started, alreadyRunning };
+    enum class Start {
+        started,
+        alreadyRunning,  // another copy holds the lock; nothing touched
+        cannotUseFolder, // the lock file cannot be opened (see lock().reason()); nothing read
+    };
 
-    // Touches no file. `directory` is the data folder (normally Store::defaultDirectory()).
-    AppSession(QString directory, Services services);
+    // Touches no file. `directory` is the data folder (normally Store::defaultDirectory());
+    // `pacing` when the store rotates its backups (the window: perRun).
+    AppSession(QString directory, Services services, Store::BackupPacing pacing = Store::BackupPacing::perRun);
     // Ends the session if it was started and not ended yet.
     ~AppSession();
     AppSession(const AppSession &) = delete;
     AppSession &operator=(const AppSession &) = delete;
 
-    // Takes the lock (alreadyRunning, touching nothing else, when another copy holds it), then
-    // creates the store, loads, builds the model with the undo manager and rotates the backups
-    // once (an error there is ignored).
+    // Takes the lock (alreadyRunning or cannotUseFolder, touching nothing else, when it cannot),
+    // removes temporary files a killed copy left, then creates the store, loads, builds the
+    // model with the undo manager and makes the start's backup rotation (an error there is
+    // ignored).
     Start start();
     // The end of the application: finishes an open time edit, pauses every timer (which saves)
     // and releases the lock. Safe to call more than once.
@@ -105,6 +111,7 @@ public:
 private:
     QString directory_;
     Services services_;
+    Store::BackupPacing pacing_;
     InstanceLock lock_;
     std::shared_ptr<Store> store_;
     std::unique_ptr<UndoManager> undo_;
@@ -116,5 +123,9 @@ private:
 // The two lines shown when another copy holds the data folder.
 QString alreadyRunningTitle();
 QString alreadyRunningText();
+// The two lines shown when the lock file in `directory` cannot be opened, for the system's
+// `reason`.
+QString cannotUseFolderTitle();
+QString cannotUseFolderText(const QString &directory, const QString &reason);
 
 } // namespace tock

@@ -1,8 +1,10 @@
 #include "terminal.h"
 
 #include "controlsocket.h"
+#include "rawterminal.h"
 #include "remoteterminal.h"
 #include "startup.h"
+#include "store.h"
 #include "text.h"
 #include "timevalues.h"
 
@@ -22,18 +24,30 @@ TerminalSession::TerminalSession(AppModel &model, QTextStream &out, QTextStream 
 {
 }
 
+void TerminalSession::print(QTextStream &stream, const QString &text)
+{
+    if (stream.status() != QTextStream::Ok)
+        return;
+    stream << text;
+    stream.flush();
+}
+
 bool TerminalSession::run(const QString &line)
 {
     // Each line starts with an empty output, so a command that prints nothing (clear, exit, a
     // blank line) does not repeat the previous one.
     model_.clearShellOutput();
     model_.setPrompt(line, Text::graphemeCount(line));
+    const Board board = model_.board();
+    const StyleID style = model_.style();
     model_.promptRun();
+    if (!(model_.board() == board) || model_.style() != style)
+        changed_ = true;
     const bool failed = model_.shellOutputIsError();
-    QTextStream &stream = failed ? err_ : out_;
+    QString text;
     for (const QString &output : model_.shellOutput())
-        stream << output << '\n';
-    stream.flush();
+        text += output + QLatin1Char('\n');
+    print(failed ? err_ : out_, text);
     if (failed)
         succeeded_ = false;
     return !failed;
@@ -46,23 +60,71 @@ void TerminalSession::printTimers(Instant now)
     for (const TimerItem &timer : timers)
         width = std::max(width, Text::graphemeCount(timer.displayName()));
     const int positions = int(QString::number(timers.size()).size());
+    QString text;
     for (qsizetype i = 0; i < timers.size(); ++i) {
         const TimerItem &timer = timers.at(i);
         const QString name = timer.displayName();
         const QString padding(width - Text::graphemeCount(name), QLatin1Char(' '));
-        out_ << QStringLiteral("%1  ").arg(i + 1, positions) << name << padding << "  "
-             << TimeFormat::string(timer.elapsed(now)) << "  "
-             << (timer.isRunning() ? QStringLiteral("running") : QStringLiteral("paused")) << '\n';
+        text += QStringLiteral("%1  ").arg(i + 1, positions) + name + padding + QStringLiteral("  ")
+              + TimeFormat::string(timer.elapsed(now)) + QStringLiteral("  ")
+              + (timer.isRunning() ? QStringLiteral("running") : QStringLiteral("paused")) + QLatin1Char('\n');
     }
     if (timers.isEmpty())
-        out_ << "no timers\n";
-    out_.flush();
+        text = QStringLiteral("no timers\n");
+    print(out_, text);
 }
 
+void TerminalSession::printPrompt()
+{
+    print(out_, QStringLiteral("tock> "));
+}
+
+namespace {
+
+QString folderOf(const Store *store)
+{
+    return store ? store->directory() : QStringLiteral("the Tock data folder");
+}
+
+} // namespace
+
+// The banner's words point at its buttons; here they say what can be done from a terminal.
 void TerminalSession::printNotice(const StorageNotice &notice)
 {
-    err_ << notice.title() << '\n' << notice.detail() << '\n';
-    err_.flush();
+    const QString folder = folderOf(store_);
+    QStringList lines{notice.title()};
+    if (const auto *unreadable = std::get_if<StorageNotice::Unreadable>(&notice.value)) {
+        lines << QStringLiteral("Nothing has been overwritten and saving is paused.") << unreadable->reasons
+              << QStringLiteral("Check the files in %1, or set them aside with Start Fresh in the Tock window.").arg(folder);
+    } else if (const auto *failed = std::get_if<StorageNotice::SaveFailed>(&notice.value)) {
+        if (failed->message == archiveFailedMessage())
+            lines << QStringLiteral("Tock restored your timers from a backup but could not archive the damaged data file, "
+                                    "so nothing is being saved yet (to keep that file).")
+                  << QStringLiteral("Check disk space and permissions of %1, then run Tock again (the window offers "
+                                    "Retry).").arg(folder);
+        else
+            lines << failed->message << QStringLiteral("Check disk space and permissions of %1.").arg(folder);
+    } else {
+        lines << notice.detail();
+    }
+    print(err_, lines.join(QLatin1Char('\n')) + QLatin1Char('\n'));
+}
+
+void TerminalSession::reportUnsavedChanges()
+{
+    const Store *store = store_;
+    if (!changed_ || !store || !store->isBlocked())
+        return;
+    const QString folder = store->directory();
+    print(err_, store->awaitingArchive()
+                    ? QStringLiteral("Nothing was saved: Tock keeps the damaged data file until it can be archived. Check "
+                                     "disk space and permissions of %1, then run Tock again (the window offers Retry).\n")
+                          .arg(folder)
+                    : QStringLiteral("Nothing was saved: saving is paused so that the unreadable files are not "
+                                     "overwritten. Check the files in %1, or set them aside with Start Fresh in the "
+                                     "Tock window.\n")
+                          .arg(folder));
+    succeeded_ = false;
 }
 
 namespace {
@@ -101,10 +163,20 @@ private:
             return;
         }
         pending_.append(buffer, count);
+        // A line ends at a line feed, a carriage return, or both together; a carriage return
+        // that ended the last chunk may have its line feed at the start of this one.
         qsizetype end;
-        while (!session_.exitRequested() && (end = pending_.indexOf('\n')) >= 0) {
+        while (!session_.exitRequested() && (end = lineEnd()) >= 0) {
             const QByteArray line = pending_.left(end);
+            const bool carriageReturn = pending_.at(end) == '\r';
             pending_.remove(0, end + 1);
+            if (carriageReturn && pending_.startsWith('\n'))
+                pending_.remove(0, 1);
+            if (line.isEmpty() && !carriageReturn && skipLineFeed_) {
+                skipLineFeed_ = false;
+                continue;
+            }
+            skipLineFeed_ = carriageReturn && pending_.isEmpty();
             handle(line);
             if (!session_.exitRequested())
                 prompt_();
@@ -113,12 +185,15 @@ private:
             finish();
     }
 
-    void handle(QByteArray line)
+    qsizetype lineEnd() const
     {
-        if (line.endsWith('\r'))
-            line.chop(1);
-        session_.run(QString::fromUtf8(line));
+        for (qsizetype i = 0; i < pending_.size(); ++i)
+            if (pending_.at(i) == '\n' || pending_.at(i) == '\r')
+                return i;
+        return -1;
     }
+
+    void handle(const QByteArray &line) { session_.run(QString::fromUtf8(line)); }
 
     void finish()
     {
@@ -131,6 +206,7 @@ private:
     QEventLoop &loop_;
     std::unique_ptr<QSocketNotifier> notifier_;
     QByteArray pending_;
+    bool skipLineFeed_ = false; // the last line ended with a carriage return at a chunk's end
 };
 
 // Ctrl-C, a closed terminal or a polite kill end the session the normal way (timers paused,
@@ -192,14 +268,23 @@ Instant clockNow(const Services &services)
 int runTerminal(const QStringList &lines, const QString &directory, const Services &services, QTextStream &out,
                 QTextStream &err)
 {
-    AppSession app(directory, services);
-    if (app.start() == AppSession::Start::alreadyRunning) {
+    // Scripts start many short runs in a row: backups follow the age of the newest one, not
+    // the number of runs, so a run does not push out the state that the last ones began from.
+    AppSession app(directory, services, Store::BackupPacing::byNewestBackup);
+    switch (app.start()) {
+    case AppSession::Start::started:
+        break;
+    case AppSession::Start::alreadyRunning:
         // The copy holding the folder runs the lines itself when it answers.
         if (const std::optional<int> status = runOnRunningCopy(lines, ControlSocket::path(directory), out, err))
             return *status;
         err << alreadyRunningTitle() << '\n' << alreadyRunningText() << '\n';
         err.flush();
         return TerminalStatus::alreadyRunning;
+    case AppSession::Start::cannotUseFolder:
+        err << cannotUseFolderTitle() << '\n' << cannotUseFolderText(directory, app.lock().reason()) << '\n';
+        err.flush();
+        return TerminalStatus::failed;
     }
     AppModel &model = *app.model();
     const bool interactive = lines.isEmpty() && isatty(STDIN_FILENO);
@@ -211,6 +296,7 @@ int runTerminal(const QStringList &lines, const QString &directory, const Servic
         err.flush();
     });
     // Nothing here offers to start fresh: unreadable data stays set aside untouched.
+    session.setStore(app.store());
     model.setWindowVisible(false);
 
     if (app.startingNotice())
@@ -235,27 +321,31 @@ int runTerminal(const QStringList &lines, const QString &directory, const Servic
             if (!interactive)
                 return;
             session.printTimers(clockNow(services));
-            out << "tock> ";
-            out.flush();
+            session.printPrompt();
         };
         QEventLoop loop;
         const EndOnSignal endOnSignal(loop);
         InputReader reader(session, prompt, loop);
-        if (reader.begin())
+        // At a terminal, keys edit the line in place; the plain line reader is the fallback.
+        const bool edited =
+            interactive && runInteractiveTerminal(session, model, out, loop, [&services] { return clockNow(services); });
+        if (!edited && reader.begin())
             loop.exec();
-        if (interactive && !session.exitRequested()) {
-            out << '\n';
-            out.flush();
-        }
+        if (interactive && !session.exitRequested())
+            session.print(out, QStringLiteral("\n"));
     }
 
     app.end();
     QObject::disconnect(notices);
+    session.reportUnsavedChanges();
     return session.succeeded() ? TerminalStatus::succeeded : TerminalStatus::failed;
 }
 
 int runTerminal(const QStringList &lines)
 {
+    // A reader that goes away (`| head -1`) must not end the run before it has saved: writes to
+    // it fail instead, and printing stops.
+    ::signal(SIGPIPE, SIG_IGN);
     QTextStream out(stdout);
     QTextStream err(stderr);
     return runTerminal(lines, Store::defaultDirectory(), Services::real(), out, err);

@@ -12,6 +12,8 @@
 
 namespace tock {
 
+class Store;
+
 class AppSession;
 
 // Runs lines against one model and reports them. Holds no state of its own beyond what it
@@ -26,9 +28,20 @@ public:
     bool run(const QString &line);
     // The timers as the window lists them: position, name, time, running or paused.
     void printTimers(Instant now);
-    // A storage notice as its title and detail, on standard error.
+    // A storage notice in the terminal's words, on standard error.
     void printNotice(const StorageNotice &notice);
+    void printPrompt();
+    // The data folder the session saves to, for the notices' words; none without a store.
+    void setStore(const Store *store) { store_ = store; }
+    // At the end: when a command changed the timers but saving is paused, says so on standard
+    // error and fails the run.
+    void reportUnsavedChanges();
+    // Printing stops for good on a stream whose write failed (a closed pipe); the commands keep
+    // running and saving.
+    void print(QTextStream &stream, const QString &text);
 
+    // A command changed the timers or the style (what a save would write).
+    bool changedSomething() const { return changed_; }
     // `exit` was run (the terminal answers the model's exitRequested with requestExit).
     bool exitRequested() const { return exitRequested_; }
     void requestExit() { exitRequested_ = true; }
@@ -37,18 +50,20 @@ public:
     void markFailed() { succeeded_ = false; }
 
 private:
+    const Store *store_ = nullptr;
     AppModel &model_;
     QTextStream &out_;
     QTextStream &err_;
     Echo echo_;
     bool exitRequested_ = false;
     bool succeeded_ = true;
+    bool changed_ = false;
 };
 
 // Exit statuses of the terminal mode.
 namespace TerminalStatus {
 inline constexpr int succeeded = 0;
-inline constexpr int failed = 1;        // some command failed, or saving failed
+inline constexpr int failed = 1;        // some command failed, a change was not saved, or the folder cannot be used
 inline constexpr int alreadyRunning = 3; // another copy holds the data folder; nothing touched
 }
 

@@ -1,9 +1,11 @@
 #include "filesystem.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
 #include <cerrno>
+#include <climits>
 #include <cstring>
 
 #include <fcntl.h>
@@ -19,7 +21,15 @@ namespace {
     throw FileSystemError{QString::fromLocal8Bit(std::strerror(error))};
 }
 
+[[noreturn]] void fail(const char *reason)
+{
+    throw FileSystemError{QString::fromLatin1(reason)};
+}
+
 QByteArray native(const QString &path) { return QFile::encodeName(path); }
+
+const char *const notRegular = "not a regular file";
+const char *const tooLarge = "larger than 64 MB";
 
 // Closes on scope exit unless released; keeps the error paths below short.
 class Descriptor {
@@ -85,6 +95,12 @@ void writeAll(int fd, const QByteArray &data)
     }
 }
 
+// A new file that nothing was at before: never a link's target, never an existing file's content.
+int createExclusive(const QString &path)
+{
+    return openOrFail(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0644);
+}
+
 bool isDirectory(const QString &path)
 {
     struct stat st;
@@ -111,9 +127,35 @@ public:
             fail(errno);
     }
 
+    Kind kind(const QString &path) override
+    {
+        struct stat st;
+        if (::stat(native(path).constData(), &st) != 0)
+            return Kind::missing;
+        return S_ISREG(st.st_mode) ? Kind::regular : S_ISDIR(st.st_mode) ? Kind::directory : Kind::special;
+    }
+
+    QStringList list(const QString &folder) override
+    {
+        return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    }
+
     QByteArray read(const QString &path) override
     {
-        Descriptor fd(openOrFail(path, O_RDONLY));
+        // Checked before opening, so that a device is never opened at all, and again on the
+        // descriptor, which is what is read; non-blocking, so a pipe cannot hang the open.
+        struct stat st;
+        if (::stat(native(path).constData(), &st) != 0)
+            fail(errno);
+        if (!S_ISREG(st.st_mode))
+            fail(notRegular);
+        Descriptor fd(openOrFail(path, O_RDONLY | O_NONBLOCK));
+        if (::fstat(fd.get(), &st) != 0)
+            fail(errno);
+        if (!S_ISREG(st.st_mode))
+            fail(notRegular);
+        if (st.st_size > maximumReadSize)
+            fail(tooLarge);
         QByteArray data;
         char buffer[65536];
         for (;;) {
@@ -125,20 +167,80 @@ public:
             }
             if (n == 0)
                 break;
+            // A file that grows while it is read is held to the same limit.
+            if (data.size() + n > maximumReadSize)
+                fail(tooLarge);
             data.append(buffer, n);
         }
         return data;
     }
 
+    QString resolveLinks(const QString &path) override
+    {
+        QString current = path;
+        for (int hop = 0; hop < 40; ++hop) {
+            struct stat st;
+            if (::lstat(native(current).constData(), &st) != 0 || !S_ISLNK(st.st_mode))
+                return current;
+            QByteArray target(qsizetype(st.st_size > 0 ? st.st_size : PATH_MAX) + 1, '\0');
+            const ssize_t n = ::readlink(native(current).constData(), target.data(), size_t(target.size()));
+            if (n < 0)
+                fail(errno);
+            target.truncate(n);
+            const QString next = QFile::decodeName(target);
+            current = QDir::isAbsolutePath(next) ? next : QFileInfo(current).path() + QLatin1Char('/') + next;
+        }
+        fail(ELOOP);
+    }
+
+    std::optional<int> permissions(const QString &path) override
+    {
+        struct stat st;
+        if (::stat(native(path).constData(), &st) != 0)
+            return std::nullopt;
+        return int(st.st_mode & 07777);
+    }
+
+    std::optional<Instant> modified(const QString &path) override
+    {
+        struct stat st;
+        if (::stat(native(path).constData(), &st) != 0)
+            return std::nullopt;
+#ifdef Q_OS_MACOS
+        return Instant(st.st_mtimespec.tv_sec) + st.st_mtimespec.tv_nsec / 1e9;
+#else
+        return Instant(st.st_mtim.tv_sec) + st.st_mtim.tv_nsec / 1e9;
+#endif
+    }
+
     void createFile(const QString &path) override
     {
-        Descriptor fd(openOrFail(path, O_WRONLY | O_CREAT | O_TRUNC));
+        Descriptor fd(createExclusive(path));
         fd.close();
+    }
+
+    void setPermissions(const QString &path, int permissions) override
+    {
+        Descriptor fd(openOrFail(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
+        if (::fchmod(fd.get(), mode_t(permissions)) != 0)
+            fail(errno);
     }
 
     void writeSynced(const QString &path, const QByteArray &data) override
     {
-        Descriptor fd(openOrFail(path, O_WRONLY | O_TRUNC));
+        // Whatever was put at the path since it was created must not receive the data: no link
+        // (O_NOFOLLOW), no pipe (non-blocking, then the type check), no second name of another
+        // file.
+        Descriptor fd(openOrFail(path, O_WRONLY | O_NOFOLLOW | O_NONBLOCK));
+        struct stat st;
+        if (::fstat(fd.get(), &st) != 0)
+            fail(errno);
+        if (!S_ISREG(st.st_mode))
+            fail(notRegular);
+        if (st.st_nlink != 1)
+            fail("has more than one name");
+        if (::ftruncate(fd.get(), 0) != 0)
+            fail(errno);
         writeAll(fd.get(), data);
         if (!syncToDevice(fd.get()))
             fail(errno);
@@ -168,8 +270,10 @@ public:
         const QFileInfo target(to);
         const QString temporary = target.path() + QStringLiteral("/.") + target.fileName()
                                   + QStringLiteral(".copy.tmp");
+        // The temporary name is this program's own; one left by a killed copy goes first.
+        ::unlink(native(temporary).constData());
         try {
-            Descriptor fd(openOrFail(temporary, O_WRONLY | O_CREAT | O_TRUNC));
+            Descriptor fd(createExclusive(temporary));
             writeAll(fd.get(), data);
             if (!syncToDevice(fd.get()))
                 fail(errno);

@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <unistd.h>
 
@@ -142,6 +143,9 @@ std::optional<QStringList> Store::preserveDamaged(const QStringList &paths)
     const QString prefix = stamp();
     QStringList copies;
     for (const QString &path : paths) {
+        // A pipe or device holds nothing to keep, and replacing it loses nothing.
+        if (fm_->kind(path) == FileSystem::Kind::special)
+            continue;
         const QString destination = damagedPath() + QLatin1Char('/') + prefix + QLatin1Char('-') + fileName(path);
         if (!fm_->exists(destination)) {
             try {
@@ -209,16 +213,26 @@ void Store::discard(const QString &temporary)
     }
 }
 
-void Store::stage(const QString &temporary, const QByteArray &data, const QString &what)
+void Store::stage(const QString &temporary, const QByteArray &data, const QString &what,
+                  std::optional<int> permissions)
 {
     try {
-        fm_->createFile(temporary);
-    } catch (const FileSystemError &) {
+        try {
+            fm_->createFile(temporary);
+        } catch (const FileSystemError &) {
+            // The name is this program's own: whatever holds it (one of our failed temporary
+            // files, or a link put there) goes, and the file is made afresh.
+            discard(temporary);
+            fm_->createFile(temporary);
+        }
+    } catch (const FileSystemError &e) {
         discard(temporary);
-        throw StoreError::io(QStringLiteral("Could not create temporary file"));
+        throw StoreError::io(QStringLiteral("Could not create temporary file: ") + e.reason);
     }
     try {
         fm_->writeSynced(temporary, data);
+        if (permissions)
+            fm_->setPermissions(temporary, *permissions);
     } catch (const FileSystemError &e) {
         discard(temporary);
         throw couldNot("write", what, e);
@@ -236,13 +250,6 @@ void Store::renameStaged(const QString &temporary, const QString &target)
     fm_->syncDirectory(QFileInfo(target).path());
 }
 
-void Store::replaceAtomically(const QString &temporary, const QString &target, const QByteArray &data,
-                              const QString &what)
-{
-    stage(temporary, data, what);
-    renameStaged(temporary, target);
-}
-
 void Store::write(const Snapshot &snapshot, BlockPolicy policy)
 {
     if (isBlocked_ && policy == BlockPolicy::respect)
@@ -254,8 +261,26 @@ void Store::write(const Snapshot &snapshot, BlockPolicy policy)
     } catch (const StoreError &e) {
         throw StoreError::io(QStringLiteral("Could not encode the timers: %1").arg(e.description()));
     }
-    const QString temporary = directory_ + QStringLiteral("/.timers.json.%1.tmp").arg(::getpid());
-    replaceAtomically(temporary, mainPath(), data, mainPath());
+    // A link to a file is written through so that it stays a link; a link to anything else
+    // (nothing, a device) is replaced itself, so nothing outside the folder is created or hit.
+    QString target = mainPath();
+    try {
+        target = fm_->resolveLinks(mainPath());
+    } catch (const FileSystemError &) {
+    }
+    if (fm_->kind(target) != FileSystem::Kind::regular)
+        target = mainPath();
+    const QFileInfo info(target);
+    const QString temporary = info.path() + QStringLiteral("/.%1.%2.tmp").arg(info.fileName()).arg(::getpid());
+    stage(temporary, data, mainPath(), fm_->permissions(target));
+    renameStaged(temporary, target);
+}
+
+bool Store::newestBackupIsRecent(Instant now)
+{
+    const std::optional<Instant> written = fm_->modified(backupPath(1));
+    // A date in the future says nothing about the age; then the backup is not trusted as recent.
+    return written && now >= *written && now - *written < minimumBackupInterval_;
 }
 
 void Store::save(const Snapshot &snapshot, Instant now)
@@ -263,8 +288,27 @@ void Store::save(const Snapshot &snapshot, Instant now)
     write(snapshot);
     if (lastBackup_ && now - *lastBackup_ < minimumBackupInterval_)
         return;
+    if (backupPacing_ == BackupPacing::byNewestBackup && newestBackupIsRecent(now))
+        return;
     rotateBackups();
     lastBackup_ = now;
+}
+
+void Store::rotateBackupsAtStart(Instant now)
+{
+    if (backupPacing_ == BackupPacing::byNewestBackup && newestBackupIsRecent(now))
+        return;
+    rotateBackups();
+}
+
+void Store::removeStaleTemporaryFiles()
+{
+    static const QRegularExpression mainTemporary(QStringLiteral("^\\.timers\\.json\\.[0-9]+\\.tmp$"));
+    for (const QString &name : fm_->list(directory_))
+        if (mainTemporary.match(name).hasMatch())
+            discard(directory_ + QLatin1Char('/') + name);
+    if (fm_->list(backupsPath()).contains(QStringLiteral(".backup.tmp")))
+        discard(backupsPath() + QStringLiteral("/.backup.tmp"));
 }
 
 void Store::rotateBackups()

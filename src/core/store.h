@@ -58,6 +58,13 @@ public:
 
     enum class BlockPolicy { respect, ignore };
 
+    // When backups are rotated. `perRun`: at every start and at the first save of a run, then
+    // at most once per minimumBackupInterval (for the window, which runs for hours).
+    // `byNewestBackup`: only when the newest backup on disk is older than the interval, at start
+    // and at save alike, so that many short runs in a row (scripts in a terminal) do not push
+    // out the state they began from.
+    enum class BackupPacing { perRun, byNewestBackup };
+
     // Touches no file. `backupCount` must be at least 1. `fm` defaults to the real file system;
     // `wallClock` (the local date-time used in stamps) to the system clock.
     Store(QString directory, int backupCount, double minimumBackupInterval,
@@ -77,6 +84,8 @@ public:
     bool awaitingArchive() const { return !pendingDamaged_.isEmpty(); }
     // When save() last rotated the backups; in memory only.
     std::optional<Instant> lastBackup() const { return lastBackup_; }
+    BackupPacing backupPacing() const { return backupPacing_; }
+    void setBackupPacing(BackupPacing pacing) { backupPacing_ = pacing; }
 
     QString mainPath() const;
     QString backupsPath() const;
@@ -93,14 +102,24 @@ public:
     // Unreadable-<stamp>/ folder and starts an empty folder. Returns that folder's path;
     // stops at the first failure (what was moved stays moved).
     QString setAsideUnreadableAndStartFresh();
+    // Removes the temporary files a killed copy may have left (.timers.json.<pid>.tmp and
+    // Backups/.backup.tmp, nothing else). Only while holding the instance lock: then no other
+    // copy can be writing them. Failures are ignored.
+    void removeStaleTemporaryFiles();
     // Creates the folder and Backups/; throws io "Could not create <directory>: <reason>".
     void prepareDirectory();
     // Replaces timers.json through a flushed temporary file and a rename. On failure the old
-    // timers.json is untouched and the temporary file removed.
+    // timers.json is untouched and the temporary file removed. A timers.json that is a link is
+    // written through: the file it leads to is replaced (the temporary file beside it), so it
+    // stays a link. The replaced file's permission bits are kept.
     void write(const Snapshot &snapshot, BlockPolicy policy = BlockPolicy::respect);
     // write(), then rotateBackups() if none was made by save() in the last
-    // minimumBackupInterval seconds (measured from that rotation, not from the last save).
+    // minimumBackupInterval seconds (measured from that rotation, not from the last save) and,
+    // with byNewestBackup pacing, the newest backup on disk is older than that too.
     void save(const Snapshot &snapshot, Instant now);
+    // The rotation made once at start: always with perRun pacing, only when the newest backup
+    // is older than the interval with byNewestBackup. Does not set lastBackup().
+    void rotateBackupsAtStart(Instant now);
     // Shifts the backups up by one (dropping the oldest) and copies timers.json as
     // timers-1.json. Does nothing when timers.json cannot be read or is not valid, so a bad
     // main file never enters the backups, and nothing while saving is paused.
@@ -112,25 +131,26 @@ public:
     // copies' paths, or nothing (saving paused, everything kept for a retry) if copying failed.
     std::optional<QStringList> finishRecovery();
     // Copies each file to Damaged/<one stamp>-<name>, leaving the original; an existing copy
-    // is kept and counted. Nothing when Damaged/ cannot be made or a copy fails.
+    // is kept and counted, a pipe or device skipped (it holds nothing). Nothing when Damaged/
+    // cannot be made or a copy fails.
     std::optional<QStringList> preserveDamaged(const QStringList &paths);
 
 private:
     // Writes a flushed temporary file; removes it and throws StoreError on failure.
-    void stage(const QString &temporary, const QByteArray &data, const QString &what);
+    void stage(const QString &temporary, const QByteArray &data, const QString &what,
+               std::optional<int> permissions = std::nullopt);
+    // The newest backup on disk was written less than the interval before `now`.
+    bool newestBackupIsRecent(Instant now);
     // Renames a staged file over its target and syncs the folder; removes it on failure.
     void renameStaged(const QString &temporary, const QString &target);
     void discard(const QString &temporary);
-    // Writes `data` to `temporary`, flushed, and renames it over `target`; removes the
-    // temporary file on failure.
-    void replaceAtomically(const QString &temporary, const QString &target, const QByteArray &data,
-                           const QString &what);
 
     QString directory_;
     int backupCount_;
     double minimumBackupInterval_;
     bool isBlocked_ = false;
     std::optional<Instant> lastBackup_;
+    BackupPacing backupPacing_ = BackupPacing::perRun;
     std::shared_ptr<FileSystem> fm_;
     std::function<QDateTime()> wallClock_;
     QStringList pendingDamaged_;

@@ -8,10 +8,14 @@
 #include "virtualservices.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <sys/stat.h>
+#include <sys/time.h>
 
 using namespace tock;
 
@@ -36,7 +40,20 @@ QByteArray readFile(const QString &path)
 
 QStringList entries(const QString &folder)
 {
-    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+}
+
+// Every entry under `folder` by relative path with its content ("<dir>" for folders, "<other>"
+// for anything that is not a regular file).
+QMap<QString, QByteArray> contents(const QString &folder)
+{
+    QMap<QString, QByteArray> result;
+    QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        result.insert(QDir(folder).relativeFilePath(path), it.fileInfo().isDir() ? "<dir>" : it.fileInfo().isFile() ? readFile(path) : "<other>");
+    }
+    return result;
 }
 
 QByteArray encoded(const QStringList &names, std::optional<QString> style = std::nullopt)
@@ -90,21 +107,26 @@ class StartupTest : public QObject {
     QTemporaryDir root_;
     QString data_; // a fresh folder per test, not there until the binary creates it
 
-    void start(QProcess &process, const QStringList &arguments)
+    void start(QProcess &process, const QStringList &arguments, const QString &program = QStringLiteral(TOCK_BINARY))
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("TOCK_DATA_DIR"), data_);
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"), root_.filePath(QStringLiteral("config")));
         environment.insert(QStringLiteral("XDG_DATA_HOME"), root_.filePath(QStringLiteral("share")));
+        environment.insert(QStringLiteral("TOCK"), QStringLiteral(TOCK_BINARY));
         process.setProcessEnvironment(environment);
-        process.start(QStringLiteral(TOCK_BINARY), arguments);
+        process.start(program, arguments);
     }
 
-    // Standard output lines, then error lines marked "! ", then the exit status.
-    QStringList tock(const QStringList &arguments, const QByteArray &input = {})
+    // Standard output lines, then error lines marked "! ", then the exit status. With `shell`,
+    // `arguments` is one shell script that runs "$TOCK".
+    QStringList tock(const QStringList &arguments, const QByteArray &input = {}, bool shell = false)
     {
         QProcess process;
-        start(process, arguments);
+        if (shell)
+            start(process, {QStringLiteral("-c"), arguments.join(QLatin1Char(' '))}, QStringLiteral("/bin/bash"));
+        else
+            start(process, arguments);
         process.write(input);
         process.closeWriteChannel();
         if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
@@ -118,7 +140,10 @@ class StartupTest : public QObject {
     }
 
 private Q_SLOTS:
-    void init() { data_ = root_.filePath(QString::fromLatin1(QTest::currentTestFunction())); }
+    void init()
+    {
+        data_ = root_.filePath(QString::fromLatin1(QTest::currentTestFunction()) + QLatin1Char('-') + QString::fromLatin1(QTest::currentDataTag()));
+    }
 
     void switches_data()
     {
@@ -298,11 +323,119 @@ private Q_SLOTS:
         QFile broken(data_ + QStringLiteral("/timers.json"));
         QVERIFY(broken.open(QIODevice::WriteOnly) && broken.write("{ broken") == 8);
         broken.close();
-        const QStringList run = tock({"--shell", "add A"});
-        QCOMPARE(run.mid(0, 2), QStringList({"added “A” as 1", "! " + StorageNotice::unreadable({}).title()}));
-        QCOMPARE(run.last(), QStringLiteral("exit 0"));
+        const QStringList run = tock({"--shell", "version"});
+        QCOMPARE(run.mid(1, 2), QStringList({"! " + StorageNotice::unreadable({}).title(), "! Nothing has been overwritten and saving is paused."}));
+        QCOMPARE(run.last(), QStringLiteral("exit 0")); // nothing to lose
         QCOMPARE(readFile(data_ + QStringLiteral("/timers.json")), QByteArray("{ broken"));
         QCOMPARE(entries(data_), QStringList({".lock", "timers.json"})); // no backup either
+    }
+
+    // A change that could not be saved fails the run and says so in a terminal's words: the
+    // folder to check, and what the window offers. "@" stands for the data folder.
+    void unsavedChangesFailTheRun_data()
+    {
+        QTest::addColumn<QString>("plant");
+        QTest::addColumn<QStringList>("expected");
+        const QString unreadable = "! Saved timers could not be read", paused = "! Nothing has been overwritten and saving is paused.";
+        const QString check = "! Check the files in @, or set them aside with Start Fresh in the Tock window.";
+        const QString lost = "! Nothing was saved: saving is paused so that the unreadable files are not overwritten. Check the files in @, or set them aside with Start Fresh in the Tock window.";
+        QTest::newRow("damaged") << "damaged" << QStringList{"added “Z” as 1", unreadable, paused, "! timers.json: unterminated object at byte 2", check, lost, "exit 1"};
+        QTest::newRow("pipe") << "fifo" << QStringList{"added “Z” as 1", unreadable, paused, "! timers.json: not a regular file", check, lost, "exit 1"};
+        QTest::newRow("not archived") << "archive" << QStringList{
+            "added “Z” as 2", "! Changes are not being saved",
+            "! Tock restored your timers from a backup but could not archive the damaged data file, so nothing is being saved yet (to keep that file).",
+            "! Check disk space and permissions of @, then run Tock again (the window offers Retry).",
+            "! Nothing was saved: Tock keeps the damaged data file until it can be archived. Check disk space and permissions of @, then run Tock again (the window offers Retry).",
+            "exit 1"};
+    }
+    void unsavedChangesFailTheRun()
+    {
+        QFETCH(QString, plant);
+        QFETCH(QStringList, expected);
+        QVERIFY(QDir().mkpath(data_ + "/Backups"));
+        const QString main = data_ + "/timers.json";
+        if (plant == "fifo") {
+            QCOMPARE(::mkfifo(QFile::encodeName(main).constData(), 0644), 0);
+        } else {
+            QFile file(main);
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write("{bad\n") == 5);
+        }
+        if (plant == "archive") {
+            QFile backup(data_ + "/Backups/timers-1.json"), blocker(data_ + "/Damaged");
+            QVERIFY(backup.open(QIODevice::WriteOnly) && backup.write(encoded({"Saved"})) > 0);
+            QVERIFY(blocker.open(QIODevice::WriteOnly)); // a file where Damaged/ must go
+        }
+        const QMap<QString, QByteArray> before = contents(data_);
+        QCOMPARE(tock({"--shell", "add Z"}), expected.replaceInStrings("@", data_));
+        QMap<QString, QByteArray> after = contents(data_);
+        QVERIFY(after.remove(".lock"));
+        QCOMPARE(after, before);
+    }
+
+    // A reader that goes away early costs output, never data, and the status stays the
+    // commands' own.
+    void closedPipeLosesNothing()
+    {
+        QCOMPARE(tock({R"((sleep .3; "$TOCK" --shell "add P1" "add P2") | true; echo "status ${PIPESTATUS[0]}")"}, {}, true),
+                 QStringList({"status 0", "exit 0"}));
+        QCOMPARE(saved(data_).mid(3), QStringList({"P1 0", "P2 0"}));
+        int position = 6;
+        for (const QString name : {"Alpha", "Bravo", "Carol"}) {
+            const QString script = QString(R"("$TOCK" --shell "add %1" "set %1 1:00:00" help help help | head -1; echo "status ${PIPESTATUS[0]}")").arg(name);
+            QCOMPARE(tock({script}, {}, true), QStringList({QString("added “%1” as %2").arg(name).arg(position++), "status 0", "exit 0"}));
+            QCOMPARE(saved(data_).last(), name + " 3600");
+        }
+    }
+
+    // A folder whose lock file cannot be opened is not "already running": its path and the
+    // system's reason, status 1, and nothing written.
+    void lockFileCannotBeOpened()
+    {
+        QVERIFY(QDir().mkpath(data_ + "/.lock"));
+        QCOMPARE(tock({"--shell", "add A"}),
+                 QStringList({"! Tock cannot use its data folder",
+                              "! The lock file in " + data_ + " could not be opened: Is a directory. Check that the folder can be written to, then start Tock again.",
+                              "exit 1"}));
+        QCOMPARE(entries(data_), QStringList{".lock"});
+    }
+
+    // Runs in a row within ten minutes rotate the backups once, from the state before the first;
+    // stale temporary files go, nothing else does.
+    void backupsSurviveScripting()
+    {
+        QVERIFY(QDir().mkpath(data_ + "/Backups"));
+        for (const char *name : {".timers.json.99999.tmp", "Backups/.backup.tmp", ".timers.json.tmp", "Backups/notes.txt"}) {
+            QFile file(data_ + "/" + name);
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write("left") == 4);
+        }
+        for (int i = 1; i <= 5; ++i)
+            QCOMPARE(tock({"--shell", QString("rename 1 S%1").arg(i)}).last(), QStringLiteral("exit 0"));
+        const auto backups = [this] {
+            QStringList firstNames;
+            for (const QString &name : QDir(data_ + "/Backups").entryList({"timers-*.json"}, QDir::Files, QDir::Name))
+                firstNames << Snapshot::decode(readFile(data_ + "/Backups/" + name)).timers.value(0).name;
+            return firstNames;
+        };
+        QCOMPARE(backups(), QStringList{"S1"});
+        QCOMPARE(entries(data_), QStringList({".lock", ".timers.json.tmp", "Backups", "timers.json"}));
+        QCOMPARE(entries(data_ + "/Backups"), QStringList({"notes.txt", "timers-1.json"}));
+        // Ten minutes later the next run keeps the state it began from, once.
+        const QString newest = data_ + "/Backups/timers-1.json";
+        const struct timeval old[2] = {{time(nullptr) - 700, 0}, {time(nullptr) - 700, 0}};
+        QCOMPARE(::utimes(QFile::encodeName(newest).constData(), old), 0);
+        QCOMPARE(tock({"--shell", "rm all"}).last(), QStringLiteral("exit 0"));
+        QCOMPARE(tock({"--shell", "add After"}).last(), QStringLiteral("exit 0"));
+        QCOMPARE(backups(), QStringList({"S5", "S1"}));
+    }
+
+    // Piped input ends a line at a lone carriage return too; control characters, NUL among
+    // them, are kept in names like any other character.
+    void lineEndsAndControlCharacters()
+    {
+        const QString nul(QChar(0));
+        QCOMPARE(tock({"--shell"}, QByteArray("add one\rstart one\r\nadd a\x01" "b\nadd c") + '\0' + "d\r"),
+                 QStringList({"added “one” as 4", "started “one”", "added “a\x01" "b” as 5", "added “c" + nul + "d” as 6", "exit 0"}));
+        QCOMPARE(saved(data_).mid(3), QStringList({"one 0", "a\x01" "b 0", "c" + nul + "d 0"}));
     }
 };
 

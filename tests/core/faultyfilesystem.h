@@ -19,7 +19,7 @@ namespace tock::testing {
 class FaultyFileSystem final : public FileSystem {
 public:
     // `write` fails halfway through the data, `flush` after all of it has been written.
-    enum class Op { createDirectories, read, createFile, write, flush, rename, move, copy, remove };
+    enum class Op { createDirectories, read, createFile, write, flush, rename, move, copy, remove, setPermissions };
 
     struct Fault {
         Op op;
@@ -27,7 +27,7 @@ public:
         QString reason;
     };
     QList<Fault> faults;
-    int calls = 0;  // operations other than exists() and syncDirectory()
+    int calls = 0;  // operations that change something or read a file's content
 
     void failOn(Op op, const QString &pathEnding = {}, const QString &reason = QStringLiteral("No space left on device"))
     {
@@ -35,6 +35,16 @@ public:
     }
 
     bool exists(const QString &path) override { return real_->exists(path); }
+    Kind kind(const QString &path) override { return real_->kind(path); }
+    QStringList list(const QString &folder) override { return real_->list(folder); }
+    QString resolveLinks(const QString &path) override { return real_->resolveLinks(path); }
+    std::optional<int> permissions(const QString &path) override { return real_->permissions(path); }
+    std::optional<Instant> modified(const QString &path) override { return real_->modified(path); }
+    void setPermissions(const QString &path, int permissions) override
+    {
+        check(Op::setPermissions, path);
+        real_->setPermissions(path, permissions);
+    }
     void createDirectories(const QString &path) override { check(Op::createDirectories, path); real_->createDirectories(path); }
     QByteArray read(const QString &path) override { check(Op::read, path); return real_->read(path); }
     void createFile(const QString &path) override { check(Op::createFile, path); real_->createFile(path); }

@@ -10,6 +10,7 @@
 #include <string>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace tock;
@@ -62,6 +63,7 @@ private slots:
         QVERIFY(a.acquire() && a.isHeld());
         QCOMPARE(readFile(a.path()), ownPid);
         QVERIFY(!b.acquire() && !b.isHeld());
+        QCOMPARE(b.failure(), InstanceLock::Failure::heldElsewhere);
 #ifdef Q_OS_LINUX
         // A child process must not inherit the lock and keep it after this one dies.
         int descriptors = 0;
@@ -78,8 +80,47 @@ private slots:
         writeFile(a.path(), "123456789 left over by an old copy\n");
         QVERIFY(b.acquire());
         QCOMPARE(readFile(b.path()), ownPid);
-        InstanceLock refused(a.path() + QStringLiteral("/Tock"));  // a file where the folder should be
-        QVERIFY(!refused.acquire() && !refused.isHeld());
+        QCOMPARE(b.failure(), InstanceLock::Failure::none);
+    }
+
+    // What is at .lock or at the folder's place when the lock cannot be opened at all: told
+    // apart from another copy, with the reason, and nothing outside the folder is touched.
+    void cannotOpen_data()
+    {
+        QTest::addColumn<QString>("plant");
+        QTest::addColumn<QString>("reason");  // empty: the lock is taken
+        QTest::newRow("folder is a file") << "file" << "Not a directory";
+        QTest::newRow("lock is a folder") << "folder" << "Is a directory";
+        QTest::newRow("lock links to a file") << "link" << "it is a symbolic link";
+        QTest::newRow("lock is a dangling link") << "dangling" << "it is a symbolic link";
+        QTest::newRow("lock is a pipe") << "fifo" << "it is not a regular file";
+        QTest::newRow("lock is a second name") << "hardlink" << "";
+    }
+    void cannotOpen()
+    {
+        QFETCH(QString, plant);
+        QFETCH(QString, reason);
+        QTemporaryDir dir;
+        const QString victim = dir.filePath("victim"), folder = dir.filePath(plant == "file" ? "victim/Tock" : "data");
+        writeFile(victim, "precious");
+        QDir().mkpath(dir.filePath("data"));
+        const QString lock = dir.filePath("data/.lock");
+        if (plant == "folder")
+            QDir().mkpath(lock);
+        else if (plant == "link")
+            QFile::link(victim, lock);
+        else if (plant == "dangling")
+            QFile::link(dir.filePath("nowhere"), lock);
+        else if (plant == "fifo")
+            QCOMPARE(::mkfifo(QFile::encodeName(lock).constData(), 0644), 0);
+        else if (plant == "hardlink")
+            QCOMPARE(::link(QFile::encodeName(victim).constData(), QFile::encodeName(lock).constData()), 0);
+        InstanceLock l(folder);
+        QCOMPARE(l.acquire(), reason.isEmpty());
+        QCOMPARE(l.failure(), reason.isEmpty() ? InstanceLock::Failure::none : InstanceLock::Failure::cannotOpen);
+        QCOMPARE(l.reason(), reason);
+        QCOMPARE(readFile(victim), QByteArray("precious"));
+        QVERIFY(!QFileInfo::exists(dir.filePath("nowhere")));
     }
 
     void excludesASecondProcess()

@@ -5,6 +5,8 @@
 #include <QTest>
 #include <QTimeZone>
 
+#include <sys/stat.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 using namespace tock;
@@ -62,6 +64,12 @@ struct Fixture {
     Store store;
 };
 
+int mode(const QString &path)
+{
+    struct stat st;
+    return ::stat(QFile::encodeName(path).constData(), &st) == 0 ? int(st.st_mode & 0777) : -1;
+}
+
 // `before` with the backups rearranged: per number from 1, the old number now there, '-' none, 'M' timers.json.
 QMap<QString, QByteArray> shifted(const QMap<QString, QByteArray> &before, const QString &backups)
 {
@@ -104,7 +112,7 @@ private slots:
         QTest::newRow("folder main, backup 1") << "RV--" << "timers-1.json" << QStringList() << QStringList() << true;
         QTest::newRow("damaged main alone") << "D---" << "?" << QStringList() << QStringList{"timers.json: " + bad} << true;
         QTest::newRow("missing main, bad backups") << "-FD-" << "?" << QStringList() << QStringList{"timers.json: missing", "timers-1.json: Unsupported file format 2", "timers-2.json: " + bad} << true;
-        QTest::newRow("everything bad") << "RD-E" << "?" << QStringList() << QStringList{"timers.json: Is a directory", "timers-1.json: " + bad, "timers-3.json: Input/output error"} << true;
+        QTest::newRow("everything bad") << "RD-E" << "?" << QStringList() << QStringList{"timers.json: not a regular file", "timers-1.json: " + bad, "timers-3.json: Input/output error"} << true;
         // clang-format on
     }
     void recoveryMatrix()
@@ -271,13 +279,13 @@ private slots:
         const QString full = QStringLiteral("No space left on device");
         // clang-format off
         QTest::newRow("folder") << int(Op::createDirectories) << "/Backups" << "Permission denied" << "Could not create @: Permission denied" << false << "123";
-        QTest::newRow("temporary file") << int(Op::createFile) << tmp << full << "Could not create temporary file" << false << "123";
+        QTest::newRow("temporary file") << int(Op::createFile) << tmp << full << "Could not create temporary file: " + full << false << "123";
         QTest::newRow("disk full") << int(Op::write) << tmp << full << "Could not write @/timers.json: No space left on device" << false << "123";
         QTest::newRow("flush") << int(Op::flush) << tmp << "Input/output error" << "Could not write @/timers.json: Input/output error" << false << "123";
         QTest::newRow("rename") << int(Op::rename) << tmp << "Read-only file system" << "Read-only file system" << false << "123";
         QTest::newRow("drop oldest") << int(Op::remove) << "timers-3.json" << "Operation not permitted" << "Could not remove @/Backups/timers-3.json: Operation not permitted" << true << "123";
         QTest::newRow("shift") << int(Op::move) << "/timers-2.json" << "Input/output error" << "Could not move @/Backups/timers-2.json to @/Backups/timers-3.json: Input/output error" << true << "12-";
-        QTest::newRow("backup temporary") << int(Op::createFile) << ".backup.tmp" << full << "Could not create temporary file" << true << "123";
+        QTest::newRow("backup temporary") << int(Op::createFile) << ".backup.tmp" << full << "Could not create temporary file: " + full << true << "123";
         QTest::newRow("backup write") << int(Op::write) << ".backup.tmp" << full << "Could not write @/Backups/timers-1.json: No space left on device" << true << "123";
         QTest::newRow("backup rename") << int(Op::rename) << ".backup.tmp" << "No such file or directory" << "No such file or directory" << true << "-12";
         // The rotation cannot read the new main file: it keeps away from the backups, quietly.
@@ -301,6 +309,127 @@ private slots:
         QCOMPARE(failure([&] { f.store.save(snap("new"), 0); }), message.replace('@', f.dir.path()));
         QCOMPARE(f.store.lastBackup(), message.isEmpty() ? std::optional<Instant>(0) : std::nullopt);
         QCOMPARE(f.contents(), expected);
+    }
+
+    // Links and special files planted in the folder: reads never hang or exhaust memory, writes
+    // never land in a link's target except timers.json's own, which stays a link.
+    void hostileEntries_data()
+    {
+        QTest::addColumn<QString>("plant");     // what is at timers.json
+        QTest::addColumn<bool>("backup");       // a valid Backups/timers-1.json as well
+        QTest::addColumn<QString>("reason");    // the load's reason for timers.json; "" loaded or fresh
+        QTest::addColumn<bool>("staysLink");    // timers.json is still a link after a save
+        QTest::newRow("pipe") << "fifo" << false << "not a regular file" << false;
+        QTest::newRow("pipe, backup") << "fifo" << true << "not a regular file" << false;
+        QTest::newRow("link to a device, backup") << "zero" << true << "not a regular file" << false;
+        QTest::newRow("too large") << "huge" << false << "larger than 64 MB" << false;
+        QTest::newRow("link to a file") << "link" << false << "" << true;
+        QTest::newRow("dangling link") << "dangling" << false << "" << false;
+    }
+    void hostileEntries()
+    {
+        QFETCH(QString, plant);
+        QFETCH(bool, backup);
+        QFETCH(QString, reason);
+        QFETCH(bool, staysLink);
+        Fixture f;
+        QTemporaryDir outside;
+        const QString target = outside.filePath("kept.json"), main = f.path("timers.json");
+        const QByteArray main8 = QFile::encodeName(main);
+        if (plant == "fifo")
+            QCOMPARE(::mkfifo(main8.constData(), 0644), 0);
+        else if (plant == "zero")
+            QVERIFY(QFile::link("/dev/zero", main));
+        else if (plant == "huge")
+            QVERIFY(QFile(main).open(QIODevice::WriteOnly) && ::truncate(main8.constData(), maximumReadSize + 1) == 0);
+        else {
+            if (plant == "link")
+                writeFile(target, snap("timers.json").encoded());
+            QVERIFY(QFile::link(target, main));
+        }
+        if (plant == "link")
+            QCOMPARE(::chmod(QFile::encodeName(target).constData(), 0600), 0);
+        if (backup)
+            f.plant("-V");
+        const Result result = f.store.load();
+        if (reason.isEmpty()) {
+            QVERIFY(!f.store.isBlocked());
+        } else if (backup) {
+            QCOMPARE(result, (Result{Result::Recovered{snap(f.file(1)), "timers-1.json", {}}}));
+            QVERIFY(!f.store.isBlocked());  // nothing in a pipe or device to archive first
+            QCOMPARE(readFile(main), snap(f.file(1)).encoded());
+        } else {
+            QCOMPARE(result, (Result{Result::Unreadable{{main}, {"timers.json: " + reason}}}));
+            QVERIFY(f.store.isBlocked());
+            return;
+        }
+        f.store.save(snap("new"), 0);
+        QCOMPARE(QFileInfo(main).isSymLink(), staysLink);
+        QCOMPARE(readFile(main), snap("new").encoded());
+        QCOMPARE(folderContents(outside.path()).keys(), plant == "link" ? QStringList{"kept.json"} : QStringList());
+        if (staysLink)
+            QCOMPARE(mode(target), 0600);
+    }
+
+    // The store's temporary names hold links to other files: they are replaced, never written
+    // through; stale ones are removed once, and nothing else is.
+    void temporaryNamesAreNeverFollowed()
+    {
+        Fixture f;
+        f.plant("VV");
+        QTemporaryDir outside;
+        const QString victim = outside.filePath("victim");
+        writeFile(victim, "precious");
+        const QString tmp = QStringLiteral(".timers.json.%1.tmp").arg(::getpid());
+        QVERIFY(QFile::link(victim, f.path(tmp)) && QFile::link(victim, f.path("Backups/.backup.tmp")));
+        QCOMPARE(::chmod(QFile::encodeName(f.path("timers.json")).constData(), 0640), 0);
+        f.store.save(snap("new"), 0);
+        QCOMPARE(readFile(victim), QByteArray("precious"));
+        QCOMPARE(readFile(f.path("timers.json")), snap("new").encoded());
+        QCOMPARE(readFile(f.path(f.file(1))), snap("new").encoded());
+        QCOMPARE(mode(f.path("timers.json")), 0640);
+
+        for (const char *name : {".timers.json.1.tmp", ".timers.json.77.tmp", "Backups/.backup.tmp", ".timers.json.x.tmp",
+                                 ".timers.json.1.tmp~", "Backups/.timers.json.1.tmp", "Damaged/.backup.tmp"})
+            writeFile(f.path(name), "left over");
+        const auto before = f.contents();
+        f.store.removeStaleTemporaryFiles();
+        auto expected = before;
+        for (const char *name : {".timers.json.1.tmp", ".timers.json.77.tmp", "Backups/.backup.tmp"})
+            expected.remove(name);
+        QCOMPARE(f.contents(), expected);
+    }
+
+    // Scripted runs in a row: with byNewestBackup pacing a rotation waits until the newest backup
+    // on disk is older than the interval, at start and at save alike.
+    void backupPacing_data()
+    {
+        QTest::addColumn<int>("pacing");
+        QTest::addColumn<double>("age");      // of Backups/timers-1.json, seconds
+        QTest::addColumn<bool>("rotates");
+        QTest::newRow("per run, recent") << int(Store::BackupPacing::perRun) << 10.0 << true;
+        QTest::newRow("newest, recent") << int(Store::BackupPacing::byNewestBackup) << 599.0 << false;
+        QTest::newRow("newest, old") << int(Store::BackupPacing::byNewestBackup) << 601.0 << true;
+        QTest::newRow("newest, future") << int(Store::BackupPacing::byNewestBackup) << -100.0 << true;
+    }
+    void backupPacing()
+    {
+        QFETCH(int, pacing);
+        QFETCH(double, age);
+        QFETCH(bool, rotates);
+        const Instant now = 1'800'000'000;
+        for (const bool atStart : {true, false}) {
+            Fixture f;
+            f.plant("VV");
+            f.store.setBackupPacing(Store::BackupPacing(pacing));
+            const struct timeval times[2] = {{time_t(now - age), 0}, {time_t(now - age), 0}};
+            QCOMPARE(::utimes(QFile::encodeName(f.path(f.file(1))).constData(), times), 0);
+            if (atStart)
+                f.store.rotateBackupsAtStart(now);
+            else
+                f.store.save(snap("timers.json"), now);
+            QCOMPARE(QFileInfo::exists(f.path(f.file(2))), rotates);
+        }
     }
 
     void createsTheFolderOrNamesItInTheError()
