@@ -144,6 +144,23 @@ QUuid parseUuid(const QString &text, const QString &path)
     return QUuid::fromString(text);
 }
 
+// A JSON string as the document writer would put it: plain printable ASCII as it is, anything
+// else (quotes, controls, other scripts) through the writer itself so its escaping is kept.
+void appendString(QByteArray &out, const QString &text)
+{
+    const bool plain = std::all_of(text.cbegin(), text.cend(), [](QChar c) {
+        return c.unicode() >= 0x20 && c.unicode() < 0x7f && c != QLatin1Char('"') && c != QLatin1Char('\\');
+    });
+    if (plain) {
+        out += '"';
+        out += text.toLatin1();
+        out += '"';
+        return;
+    }
+    const QByteArray array = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
+    out += QByteArrayView(array).sliced(1, array.size() - 2);
+}
+
 QString formatDate(const QDateTime &date)
 {
     // Built by hand: Qt's ISO form for a zone-based UTC date ends in "+00:00", not "Z".
@@ -174,28 +191,38 @@ QByteArray Snapshot::encoded() const
 {
     if (!savedAt.isValid())
         throw StoreError::invalidContent(QStringLiteral("\"savedAt\" is not a valid date-time"));
-    QJsonArray entries;
+    // Written directly in the layout a sorted, indented JSON document has (4 spaces, keys in
+    // order), rather than through a document tree: a save a second must stay cheap for
+    // thousands of timers.
+    QByteArray out;
+    out.reserve(160 + timers.size() * 150);
+    out += "{\n    \"app\": ";
+    appendString(out, app);
+    out += ",\n    \"format\": ";
+    out += QByteArray::number(qint64(format));
+    out += ",\n    \"savedAt\": ";
+    appendString(out, formatDate(savedAt));
+    if (style) {
+        out += ",\n    \"style\": ";
+        appendString(out, *style);
+    }
+    out += ",\n    \"timers\": [\n";
     for (qsizetype i = 0; i < timers.size(); ++i) {
         const Entry &e = timers.at(i);
         if (!std::isfinite(e.seconds))
             throw StoreError::invalidContent(QStringLiteral("\"timers\"[%1] \"seconds\" is not a finite number").arg(i));
-        entries.append(QJsonObject{
-            {QStringLiteral("id"), e.id.toString(QUuid::WithoutBraces).toUpper()},
-            {QStringLiteral("name"), e.name},
-            {QStringLiteral("seconds"), e.seconds},
-            {QStringLiteral("wasRunning"), e.wasRunning},
-        });
+        out += "        {\n            \"id\": \"";
+        out += e.id.toByteArray(QUuid::WithoutBraces).toUpper();
+        out += "\",\n            \"name\": ";
+        appendString(out, e.name);
+        out += ",\n            \"seconds\": ";
+        out += QByteArray::number(e.seconds, 'g', QLocale::FloatingPointShortest);
+        out += e.wasRunning ? ",\n            \"wasRunning\": true\n        }"
+                            : ",\n            \"wasRunning\": false\n        }";
+        out += i + 1 < timers.size() ? ",\n" : "\n";
     }
-    // QJsonObject keeps its keys sorted, which gives the stable key order of the file.
-    QJsonObject root{
-        {QStringLiteral("app"), app},
-        {QStringLiteral("format"), qint64(format)},
-        {QStringLiteral("savedAt"), formatDate(savedAt)},
-        {QStringLiteral("timers"), entries},
-    };
-    if (style)
-        root.insert(QStringLiteral("style"), *style);
-    return QJsonDocument(root).toJson(QJsonDocument::Indented);
+    out += "    ]\n}\n";
+    return out;
 }
 
 Snapshot Snapshot::decode(const QByteArray &data)

@@ -2,6 +2,9 @@
 #include "snapshot.h"
 #include "timevalues.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTest>
 #include <QTimeZone>
 
@@ -35,6 +38,24 @@ QByteArray document(const QByteArray &format = "1", const QByteArray &app = "\"T
     if (!secondId.isEmpty())
         timers += ", {\"id\": \"" + secondId + "\", \"name\": \"b\", \"seconds\": 1, \"wasRunning\": true}";
     return "{\"app\": " + app + ", \"format\": " + format + ", \"savedAt\": \"2026-11-15T19:53:23Z\", \"timers\": [" + timers + "]}";
+}
+
+// The file text as a JSON document tree writes it: the encoder writes the same bytes by hand.
+QByteArray treeEncoded(const Snapshot &s)
+{
+    QJsonArray entries;
+    for (const Snapshot::Entry &e : s.timers)
+        entries.append(QJsonObject{{QStringLiteral("id"), e.id.toString(QUuid::WithoutBraces).toUpper()},
+                                   {QStringLiteral("name"), e.name},
+                                   {QStringLiteral("seconds"), e.seconds},
+                                   {QStringLiteral("wasRunning"), e.wasRunning}});
+    QJsonObject root{{QStringLiteral("app"), s.app},
+                     {QStringLiteral("format"), qint64(s.format)},
+                     {QStringLiteral("savedAt"), s.savedAt.toUTC().toString(QStringLiteral("yyyy-MM-dd'T'HH:mm:ss'Z'"))},
+                     {QStringLiteral("timers"), entries}};
+    if (s.style)
+        root.insert(QStringLiteral("style"), *s.style);
+    return QJsonDocument(root).toJson(QJsonDocument::Indented);
 }
 
 // A document of format 1 with the other members given as raw JSON text.
@@ -79,6 +100,38 @@ private slots:
         s = sample(std::nullopt);
         s.timers[1].seconds = std::nan("");
         QCOMPARE(failure([&] { s.encoded(); }), QStringLiteral("\"timers\"[1] \"seconds\" is not a finite number"));
+    }
+
+    void encodesAsTheDocumentWriter_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<double>("seconds");
+        QTest::addColumn<int>("count");
+        QTest::newRow("no timers") << QString() << 0.0 << 0;
+        QTest::newRow("plain") << QStringLiteral("Write ~ report {1}") << 1.25 << 3;
+        QTest::newRow("escapes") << QStringLiteral("a\"b\\c/d\te\nf\x01g\x7f") << 0.1 << 2;
+        QTest::newRow("other scripts") << QStringLiteral("日本 ☕ \U0001F600 é") << 1e-7 << 2;
+        QTest::newRow("lone surrogate") << QString(QChar(0xD800)) << 123456789.123 << 1;
+        QTest::newRow("whole large") << QStringLiteral("x") << double(HMS::maxSeconds) << 2;
+        QTest::newRow("tiny") << QStringLiteral("x") << 5e-324 << 1;
+        QTest::newRow("huge") << QStringLiteral("x") << 1e300 << 1;
+        QTest::newRow("2^53+2") << QStringLiteral("x") << 9007199254740994.0 << 1;
+        QTest::newRow("negative") << QStringLiteral("x") << -2.5 << 1;
+        QTest::newRow("negative zero") << QStringLiteral("x") << -0.0 << 1;
+    }
+    void encodesAsTheDocumentWriter()
+    {
+        QFETCH(QString, name);
+        QFETCH(double, seconds);
+        QFETCH(int, count);
+        for (const std::optional<QString> &style : {std::optional<QString>(), std::optional<QString>(name)}) {
+            Snapshot s;
+            s.savedAt = savedAt;
+            s.style = style;
+            for (int i = 0; i < count; ++i)
+                s.timers.append({QUuid::createUuid(), name, seconds * i, i % 2 == 1});
+            QCOMPARE(s.encoded(), treeEncoded(s));
+        }
     }
 
     void buildsFromABoardAndBack()
