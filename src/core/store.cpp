@@ -120,10 +120,10 @@ Store::LoadResult Store::load()
             continue;
         }
         isBlocked_ = false;
-        if (isMain)
+        if (isMain) {
             mainBytes_ = std::move(bytes);
-        if (isMain)
             return {LoadResult::Loaded{std::move(snapshot)}};
+        }
         pendingDamaged_ = failed;
         pendingRecovered_ = snapshot;
         const std::optional<QStringList> copies = finishRecovery();
