@@ -92,6 +92,29 @@ private:
 
 } // namespace
 
+HeldSettings::HeldSettings(std::shared_ptr<Settings> inner) : inner_(std::move(inner)) {}
+
+std::optional<QVariant> HeldSettings::value(const QString &key) const
+{
+    const auto held = changes_.constFind(key);
+    return held != changes_.cend() ? *held : inner_->value(key);
+}
+
+void HeldSettings::setValue(const QString &key, const QVariant &value) { changes_.insert(key, value); }
+
+void HeldSettings::remove(const QString &key) { changes_.insert(key, std::nullopt); }
+
+void HeldSettings::commit()
+{
+    for (auto it = changes_.cbegin(); it != changes_.cend(); ++it) {
+        if (*it)
+            inner_->setValue(it.key(), **it);
+        else
+            inner_->remove(it.key());
+    }
+    changes_.clear();
+}
+
 Services Services::real()
 {
     Services services;

@@ -6,6 +6,7 @@
 
 #include "timer.h"
 
+#include <QMap>
 #include <QString>
 #include <QVariant>
 
@@ -40,6 +41,22 @@ public:
     virtual std::optional<QVariant> value(const QString &key) const = 0;
     virtual void setValue(const QString &key, const QVariant &value) = 0;
     virtual void remove(const QString &key) = 0;
+};
+
+// Settings that keep every change in memory until commit(): a terminal run writes the settings
+// file once, at its end, however many commands change the history or the style.
+class HeldSettings final : public Settings {
+public:
+    explicit HeldSettings(std::shared_ptr<Settings> inner);
+    std::optional<QVariant> value(const QString &key) const override;
+    void setValue(const QString &key, const QVariant &value) override;
+    void remove(const QString &key) override;
+    // Hands the held changes to the inner settings, in one go.
+    void commit();
+
+private:
+    std::shared_ptr<Settings> inner_;
+    QMap<QString, std::optional<QVariant>> changes_; // nothing: removed
 };
 
 struct Services {

@@ -265,9 +265,15 @@ Instant clockNow(const Services &services)
 
 } // namespace
 
-int runTerminal(const QStringList &lines, const QString &directory, const Services &services, QTextStream &out,
+int runTerminal(const QStringList &lines, const QString &directory, const Services &given, QTextStream &out,
                 QTextStream &err)
 {
+    // Every command may change the history or the style: held until the end, the settings file
+    // is written once per run instead of once per command.
+    Services services = given;
+    std::shared_ptr<HeldSettings> heldSettings;
+    if (given.settings)
+        services.settings = heldSettings = std::make_shared<HeldSettings>(given.settings);
     // Scripts start many short runs in a row: backups follow the age of the newest one, not
     // the number of runs, so a run does not push out the state that the last ones began from.
     AppSession app(directory, services, Store::BackupPacing::byNewestBackup);
@@ -336,6 +342,8 @@ int runTerminal(const QStringList &lines, const QString &directory, const Servic
     }
 
     app.end();
+    if (heldSettings)
+        heldSettings->commit();
     QObject::disconnect(notices);
     session.reportUnsavedChanges();
     return session.succeeded() ? TerminalStatus::succeeded : TerminalStatus::failed;

@@ -12,7 +12,9 @@
 #include <QTimeZone>
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
+#include <string_view>
 
 namespace tock {
 
@@ -48,9 +50,12 @@ QString typeName(const QJsonValue &v)
 }
 
 // Reads the members of one JSON object, naming the full path of anything missing or mistyped.
+// The path is only spelled out for a message: decoding thousands of entries must not format
+// thousands of them.
 class Reader {
 public:
-    Reader(const QJsonObject &object, QString path) : object_(object), path_(std::move(path)) {}
+    // `index`: the entry's place in "timers", or -1 for the document itself.
+    Reader(const QJsonObject &object, qsizetype index) : object_(object), index_(index) {}
 
     QJsonValue required(const char *key) const
     {
@@ -112,12 +117,13 @@ public:
     QString name(const char *key) const
     {
         const QString quoted = QStringLiteral("\"%1\"").arg(QLatin1String(key));
-        return path_.isEmpty() ? quoted : path_ + QLatin1Char(' ') + quoted;
+        return index_ < 0 ? quoted : entryPath(index_) + QLatin1Char(' ') + quoted;
     }
+    static QString entryPath(qsizetype index) { return QStringLiteral("\"timers\"[%1]").arg(index); }
 
 private:
-    QJsonObject object_;
-    QString path_;
+    const QJsonObject &object_;
+    qsizetype index_;
 };
 
 QDateTime parseDate(const QString &text, const QString &path)
@@ -135,13 +141,44 @@ QDateTime parseDate(const QString &text, const QString &path)
     return date.toUTC();
 }
 
-QUuid parseUuid(const QString &text, const QString &path)
+// 8-4-4-4-12 hexadecimal digits, nothing around them.
+bool isUuidText(QStringView text)
 {
-    static const QRegularExpression form(QStringLiteral(
-        "^[0-9A-Fa-f]{8}-[0-9A-Fa-f]{4}-[0-9A-Fa-f]{4}-[0-9A-Fa-f]{4}-[0-9A-Fa-f]{12}$"));
-    if (!form.match(text).hasMatch())
-        throw StoreError::invalidContent(QStringLiteral("%1 should be a UUID but is \"%2\"").arg(path, text));
+    if (text.size() != 36)
+        return false;
+    for (qsizetype i = 0; i < 36; ++i) {
+        const char16_t c = text[i].unicode();
+        const bool dash = i == 8 || i == 13 || i == 18 || i == 23;
+        const bool hex = (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F');
+        if (dash ? c != u'-' : !hex)
+            return false;
+    }
+    return true;
+}
+
+QUuid parseUuid(const Reader &entry)
+{
+    const QString text = entry.string("id");
+    if (!isUuidText(text))
+        throw StoreError::invalidContent(QStringLiteral("%1 should be a UUID but is \"%2\"").arg(entry.name("id"), text));
     return QUuid::fromString(text);
+}
+
+// A JSON string as the document writer would put it: plain printable ASCII as it is, anything
+// else (quotes, controls, other scripts) through the writer itself so its escaping is kept.
+void appendString(QByteArray &out, const QString &text)
+{
+    const bool plain = std::all_of(text.cbegin(), text.cend(), [](QChar c) {
+        return c.unicode() >= 0x20 && c.unicode() < 0x7f && c != QLatin1Char('"') && c != QLatin1Char('\\');
+    });
+    if (plain) {
+        out += '"';
+        out += text.toLatin1();
+        out += '"';
+        return;
+    }
+    const QByteArray array = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
+    out += QByteArrayView(array).sliced(1, array.size() - 2);
 }
 
 QString formatDate(const QDateTime &date)
@@ -149,6 +186,152 @@ QString formatDate(const QDateTime &date)
     // Built by hand: Qt's ISO form for a zone-based UTC date ends in "+00:00", not "Z".
     return date.toUTC().toString(QStringLiteral("yyyy-MM-dd'T'HH:mm:ss")) + QLatin1Char('Z');
 }
+
+// Reads the file exactly as encoded() lays it out, with plain ASCII strings: what this program
+// writes, read without building a document tree. Anything else, however slight the difference,
+// gives nothing and the caller takes the general path, which also words every error.
+class LayoutReader {
+public:
+    explicit LayoutReader(const QByteArray &data) : p_(data.cbegin()), end_(data.cend()) {}
+
+    std::optional<Snapshot> read()
+    {
+        Snapshot s;
+        std::optional<QString> app, savedAt, style, id, name;
+        std::optional<int64_t> format;
+        if (!(literal("{\n    \"app\": ") && (app = string()) && literal(",\n    \"format\": ") && (format = integer())
+              && literal(",\n    \"savedAt\": ") && (savedAt = string()) && literal(",\n    ")))
+            return std::nullopt;
+        if (literal("\"style\": ")) {
+            if (!(style = string()) || !literal(",\n    "))
+                return std::nullopt;
+        }
+        if (!literal("\"timers\": [\n"))
+            return std::nullopt;
+        s.app = *app;
+        s.format = *format;
+        try {
+            s.savedAt = parseDate(*savedAt, QString());
+        } catch (const StoreError &) {
+            return std::nullopt; // worded by the general path, after any syntax error
+        }
+        s.style = style;
+        s.timers.reserve((end_ - p_) / 140);
+        bool more = !literal("    ]\n}\n");
+        while (more) {
+            Entry e;
+            std::optional<double> seconds;
+            std::optional<bool> running;
+            if (!(literal("        {\n            \"id\": ") && (id = string()) && isUuidText(*id)
+                  && literal(",\n            \"name\": ") && (name = string())
+                  && literal(",\n            \"seconds\": ") && (seconds = number())
+                  && literal(",\n            \"wasRunning\": ") && (running = boolean()) && literal("\n        }")))
+                return std::nullopt;
+            e.id = QUuid::fromString(*id);
+            e.name = std::move(*name);
+            e.seconds = *seconds;
+            e.wasRunning = *running;
+            s.timers.append(std::move(e));
+            if (literal(",\n"))
+                continue;
+            if (!literal("\n    ]\n}\n"))
+                return std::nullopt;
+            more = false;
+        }
+        if (p_ != end_)
+            return std::nullopt;
+        return s;
+    }
+
+private:
+    using Entry = Snapshot::Entry;
+
+    bool literal(std::string_view text)
+    {
+        if (end_ - p_ < qsizetype(text.size()) || std::string_view(p_, text.size()) != text)
+            return false;
+        p_ += text.size();
+        return true;
+    }
+    std::optional<QString> string()
+    {
+        if (p_ == end_ || *p_ != '"')
+            return std::nullopt;
+        const char *begin = ++p_;
+        while (p_ != end_ && *p_ != '"') {
+            const auto c = static_cast<unsigned char>(*p_);
+            if (c < 0x20 || c >= 0x7f || c == '\\')
+                return std::nullopt;
+            ++p_;
+        }
+        if (p_ == end_)
+            return std::nullopt;
+        return QString::fromLatin1(begin, p_++ - begin);
+    }
+    // A JSON number's text without a sign: (0|[1-9][0-9]*)(.[0-9]+)?([eE][+-]?[0-9]+)?
+    // Negative numbers (and "-0") are never written and take the general path.
+    std::optional<std::string_view> numberText()
+    {
+        const char *begin = p_;
+        const auto digits = [&] {
+            const char *from = p_;
+            while (p_ != end_ && *p_ >= '0' && *p_ <= '9')
+                ++p_;
+            return p_ - from;
+        };
+        const char *integral = p_;
+        const auto count = digits();
+        if (count == 0 || (count > 1 && *integral == '0'))
+            return std::nullopt;
+        if (p_ != end_ && *p_ == '.') {
+            ++p_;
+            if (digits() == 0)
+                return std::nullopt;
+        }
+        if (p_ != end_ && (*p_ == 'e' || *p_ == 'E')) {
+            ++p_;
+            if (p_ != end_ && (*p_ == '+' || *p_ == '-'))
+                ++p_;
+            if (digits() == 0)
+                return std::nullopt;
+        }
+        return std::string_view(begin, p_ - begin);
+    }
+    std::optional<double> number()
+    {
+        const std::optional<std::string_view> text = numberText();
+        if (!text)
+            return std::nullopt;
+        double value = 0;
+        const auto [at, error] = std::from_chars(text->data(), text->data() + text->size(), value);
+        if (error != std::errc() || at != text->data() + text->size() || !std::isfinite(value))
+            return std::nullopt;
+        return value;
+    }
+    // Small whole numbers only: larger ones and fractions take the general path.
+    std::optional<int64_t> integer()
+    {
+        const std::optional<std::string_view> text = numberText();
+        if (!text || text->size() > 15)
+            return std::nullopt;
+        int64_t value = 0;
+        const auto [at, error] = std::from_chars(text->data(), text->data() + text->size(), value);
+        if (error != std::errc() || at != text->data() + text->size())
+            return std::nullopt;
+        return value;
+    }
+    std::optional<bool> boolean()
+    {
+        if (literal("true"))
+            return true;
+        if (literal("false"))
+            return false;
+        return std::nullopt;
+    }
+
+    const char *p_;
+    const char *end_;
+};
 
 } // namespace
 
@@ -174,31 +357,49 @@ QByteArray Snapshot::encoded() const
 {
     if (!savedAt.isValid())
         throw StoreError::invalidContent(QStringLiteral("\"savedAt\" is not a valid date-time"));
-    QJsonArray entries;
+    // Written directly in the layout a sorted, indented JSON document has (4 spaces, keys in
+    // order), rather than through a document tree: a save a second must stay cheap for
+    // thousands of timers.
+    QByteArray out;
+    out.reserve(160 + timers.size() * 150);
+    out += "{\n    \"app\": ";
+    appendString(out, app);
+    out += ",\n    \"format\": ";
+    out += QByteArray::number(qint64(format));
+    out += ",\n    \"savedAt\": ";
+    appendString(out, formatDate(savedAt));
+    if (style) {
+        out += ",\n    \"style\": ";
+        appendString(out, *style);
+    }
+    out += ",\n    \"timers\": [\n";
     for (qsizetype i = 0; i < timers.size(); ++i) {
         const Entry &e = timers.at(i);
         if (!std::isfinite(e.seconds))
             throw StoreError::invalidContent(QStringLiteral("\"timers\"[%1] \"seconds\" is not a finite number").arg(i));
-        entries.append(QJsonObject{
-            {QStringLiteral("id"), e.id.toString(QUuid::WithoutBraces).toUpper()},
-            {QStringLiteral("name"), e.name},
-            {QStringLiteral("seconds"), e.seconds},
-            {QStringLiteral("wasRunning"), e.wasRunning},
-        });
+        out += "        {\n            \"id\": \"";
+        out += e.id.toByteArray(QUuid::WithoutBraces).toUpper();
+        out += "\",\n            \"name\": ";
+        appendString(out, e.name);
+        out += ",\n            \"seconds\": ";
+        out += QByteArray::number(e.seconds, 'g', QLocale::FloatingPointShortest);
+        out += e.wasRunning ? ",\n            \"wasRunning\": true\n        }"
+                            : ",\n            \"wasRunning\": false\n        }";
+        out += i + 1 < timers.size() ? ",\n" : "\n";
     }
-    // QJsonObject keeps its keys sorted, which gives the stable key order of the file.
-    QJsonObject root{
-        {QStringLiteral("app"), app},
-        {QStringLiteral("format"), qint64(format)},
-        {QStringLiteral("savedAt"), formatDate(savedAt)},
-        {QStringLiteral("timers"), entries},
-    };
-    if (style)
-        root.insert(QStringLiteral("style"), *style);
-    return QJsonDocument(root).toJson(QJsonDocument::Indented);
+    out += "    ]\n}\n";
+    return out;
 }
 
 Snapshot Snapshot::decode(const QByteArray &data)
+{
+    std::optional<Snapshot> read = LayoutReader(data).read();
+    Snapshot s = read ? std::move(*read) : decodeDocument(data);
+    checkValues(s);
+    return s;
+}
+
+Snapshot Snapshot::decodeDocument(const QByteArray &data)
 {
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(data, &parseError);
@@ -207,7 +408,8 @@ Snapshot Snapshot::decode(const QByteArray &data)
     if (!document.isObject())
         throw StoreError::invalidContent(QStringLiteral("the document should be an object but is an array"));
 
-    const Reader root(document.object(), QString());
+    const QJsonObject rootObject = document.object();
+    const Reader root(rootObject, -1);
     Snapshot s;
     s.app = root.string("app");
     s.format = root.integer("format");
@@ -216,19 +418,23 @@ Snapshot Snapshot::decode(const QByteArray &data)
     const QJsonArray entries = root.array("timers");
     s.timers.reserve(entries.size());
     for (qsizetype i = 0; i < entries.size(); ++i) {
-        const QString path = QStringLiteral("\"timers\"[%1]").arg(i);
         const QJsonValue v = entries.at(i);
         if (!v.isObject())
-            wrongType(path, "an object", v);
-        const Reader entry(v.toObject(), path);
+            wrongType(Reader::entryPath(i), "an object", v);
+        const QJsonObject object = v.toObject();
+        const Reader entry(object, i);
         Entry e;
-        e.id = parseUuid(entry.string("id"), entry.name("id"));
+        e.id = parseUuid(entry);
         e.name = entry.string("name");
         e.seconds = entry.number("seconds");
         e.wasRunning = entry.boolean("wasRunning");
         s.timers.append(std::move(e));
     }
+    return s;
+}
 
+void Snapshot::checkValues(const Snapshot &s)
+{
     // The format number is named even when it is the app tag that is foreign.
     if (s.app != QLatin1String("Tock") || s.format != currentFormat)
         throw StoreError::invalidContent(QStringLiteral("Unsupported file format %1").arg(s.format));
@@ -243,7 +449,6 @@ Snapshot Snapshot::decode(const QByteArray &data)
         ids.insert(e.id);
     if (ids.size() < s.timers.size())
         throw StoreError::invalidContent(QStringLiteral("Implausible timer values"));
-    return s;
 }
 
 } // namespace tock

@@ -14,6 +14,23 @@ namespace {
 
 QString fileName(const QString &path) { return QFileInfo(path).fileName(); }
 
+// Only the running timers' seconds (and the save time) differ: losing this write in a power cut
+// loses nothing else.
+bool onlyRunningSecondsDiffer(const Snapshot &before, const Snapshot &after)
+{
+    if (before.format != after.format || before.app != after.app || before.style != after.style
+        || before.timers.size() != after.timers.size())
+        return false;
+    for (qsizetype i = 0; i < before.timers.size(); ++i) {
+        const Snapshot::Entry &a = before.timers.at(i), &b = after.timers.at(i);
+        if (a.id != b.id || a.name != b.name || a.wasRunning != b.wasRunning)
+            return false;
+        if (a.seconds != b.seconds && !(a.wasRunning && b.wasRunning))
+            return false;
+    }
+    return true;
+}
+
 StoreError couldNot(const char *verb, const QString &path, const FileSystemError &e)
 {
     return StoreError::io(QStringLiteral("Could not %1 %2: %3").arg(QLatin1String(verb), path, e.reason));
@@ -64,6 +81,8 @@ QString Store::stamp() const
 
 Store::LoadResult Store::load()
 {
+    mainBytes_.reset();
+    lastWritten_.reset();
     QStringList candidates{mainPath()};
     for (int n = 1; n <= backupCount_; ++n)
         candidates.append(backupPath(n));
@@ -89,8 +108,10 @@ Store::LoadResult Store::load()
             failed.append(path);
         };
         Snapshot snapshot;
+        QByteArray bytes;
         try {
-            snapshot = Snapshot::decode(fm_->read(path));
+            bytes = fm_->read(path);
+            snapshot = Snapshot::decode(bytes);
         } catch (const FileSystemError &e) {
             reject(e.reason);
             continue;
@@ -99,8 +120,10 @@ Store::LoadResult Store::load()
             continue;
         }
         isBlocked_ = false;
-        if (isMain)
+        if (isMain) {
+            mainBytes_ = std::move(bytes);
             return {LoadResult::Loaded{std::move(snapshot)}};
+        }
         pendingDamaged_ = failed;
         pendingRecovered_ = snapshot;
         const std::optional<QStringList> copies = finishRecovery();
@@ -169,6 +192,8 @@ bool Store::retryPreservation()
 QString Store::setAsideUnreadableAndStartFresh()
 {
     const QString folder = directory_ + QStringLiteral("/Unreadable-") + stamp();
+    mainBytes_.reset();
+    lastWritten_.reset();
     try {
         fm_->createDirectories(folder);
     } catch (const FileSystemError &e) {
@@ -239,7 +264,7 @@ void Store::stage(const QString &temporary, const QByteArray &data, const QStrin
     }
 }
 
-void Store::renameStaged(const QString &temporary, const QString &target)
+void Store::renameStaged(const QString &temporary, const QString &target, bool syncFolder)
 {
     try {
         fm_->rename(temporary, target);
@@ -247,7 +272,8 @@ void Store::renameStaged(const QString &temporary, const QString &target)
         discard(temporary);
         throw StoreError::io(e.reason);
     }
-    fm_->syncDirectory(QFileInfo(target).path());
+    if (syncFolder)
+        fm_->syncDirectory(QFileInfo(target).path());
 }
 
 void Store::write(const Snapshot &snapshot, BlockPolicy policy)
@@ -272,8 +298,14 @@ void Store::write(const Snapshot &snapshot, BlockPolicy policy)
         target = mainPath();
     const QFileInfo info(target);
     const QString temporary = info.path() + QStringLiteral("/.%1.%2.tmp").arg(info.fileName()).arg(::getpid());
+    const bool syncFolder = !lastWritten_ || !onlyRunningSecondsDiffer(*lastWritten_, snapshot);
+    // Until the rename has happened, what is on disk is unknown.
+    mainBytes_.reset();
+    lastWritten_.reset();
     stage(temporary, data, mainPath(), fm_->permissions(target));
-    renameStaged(temporary, target);
+    renameStaged(temporary, target, syncFolder);
+    mainBytes_ = std::move(data);
+    lastWritten_ = snapshot;
 }
 
 bool Store::newestBackupIsRecent(Instant now)
@@ -290,7 +322,7 @@ void Store::save(const Snapshot &snapshot, Instant now)
         return;
     if (backupPacing_ == BackupPacing::byNewestBackup && newestBackupIsRecent(now))
         return;
-    rotateBackups();
+    rotateAfterWriting();
     lastBackup_ = now;
 }
 
@@ -298,7 +330,7 @@ void Store::rotateBackupsAtStart(Instant now)
 {
     if (backupPacing_ == BackupPacing::byNewestBackup && newestBackupIsRecent(now))
         return;
-    rotateBackups();
+    rotateAfterWriting();
 }
 
 void Store::removeStaleTemporaryFiles()
@@ -325,6 +357,22 @@ void Store::rotateBackups()
     } catch (const StoreError &) {
         return;
     }
+    rotateFrom(current);
+}
+
+void Store::rotateAfterWriting()
+{
+    if (!mainBytes_) {
+        rotateBackups();
+        return;
+    }
+    if (isBlocked_)
+        return;
+    rotateFrom(*mainBytes_);
+}
+
+void Store::rotateFrom(const QByteArray &current)
+{
     prepareDirectory();
     // The new copy is written before anything is dropped or shifted: a disk that keeps failing
     // that write then costs no backups, however often the rotation is retried.

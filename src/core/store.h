@@ -111,7 +111,9 @@ public:
     // Replaces timers.json through a flushed temporary file and a rename. On failure the old
     // timers.json is untouched and the temporary file removed. A timers.json that is a link is
     // written through: the file it leads to is replaced (the temporary file beside it), so it
-    // stays a link. The replaced file's permission bits are kept.
+    // stays a link. The replaced file's permission bits are kept. The folder is flushed too,
+    // except when the only change since the previous write is the running timers' seconds:
+    // then a power cut keeps the previous, whole file and costs at most those seconds.
     void write(const Snapshot &snapshot, BlockPolicy policy = BlockPolicy::respect);
     // write(), then rotateBackups() if none was made by save() in the last
     // minimumBackupInterval seconds (measured from that rotation, not from the last save) and,
@@ -141,8 +143,13 @@ private:
                std::optional<int> permissions = std::nullopt);
     // The newest backup on disk was written less than the interval before `now`.
     bool newestBackupIsRecent(Instant now);
-    // Renames a staged file over its target and syncs the folder; removes it on failure.
-    void renameStaged(const QString &temporary, const QString &target);
+    // Renames a staged file over its target and, with `syncFolder`, syncs the folder; removes it
+    // on failure.
+    void renameStaged(const QString &temporary, const QString &target, bool syncFolder = true);
+    // Rotates from `current`, the valid content of timers.json.
+    void rotateFrom(const QByteArray &current);
+    // Rotates from the bytes this store last wrote or loaded when it has them, else from disk.
+    void rotateAfterWriting();
     void discard(const QString &temporary);
 
     QString directory_;
@@ -155,6 +162,12 @@ private:
     std::function<QDateTime()> wallClock_;
     QStringList pendingDamaged_;
     std::optional<Snapshot> pendingRecovered_;
+    // What timers.json holds, as this store last wrote or loaded it: the rotation copies these
+    // bytes instead of reading and checking the file again. Dropped whenever that may be stale.
+    std::optional<QByteArray> mainBytes_;
+    // The last snapshot written with its folder synced or differing from such a one only in
+    // running seconds: a save that changes nothing else skips the folder flush.
+    std::optional<Snapshot> lastWritten_;
 };
 
 } // namespace tock

@@ -259,6 +259,21 @@ private Q_SLOTS:
         QCOMPARE(saved(data_).last(), QStringLiteral("A 5400"));
     }
 
+    // However many commands a run has, each setting is written once, when the run ends.
+    void settingsWrittenOnceAtTheEnd()
+    {
+        VirtualServices virt;
+        QString outText, errText;
+        QTextStream out(&outText), err(&errText);
+        const auto status = runTerminal({"add A", "style amber", "rename a B", "style split-flap"}, data_, virt.services(), out, err);
+        QVERIFY2(status == TerminalStatus::succeeded, qPrintable(outText + errText));
+        const QStringList writes = virt.settings->writes();
+        QVERIFY2(!writes.isEmpty(), qPrintable(errText));
+        QCOMPARE(QSet<QString>(writes.cbegin(), writes.cend()).size(), writes.size());
+        QCOMPARE(virt.settings->value(QStringLiteral("shellHistory"))->toStringList(),
+                 QStringList({"add A", "style amber", "rename a B", "style split-flap"}));
+    }
+
     // A save that fails is news on standard error and fails the run, though every line worked.
     void aFailedSaveFailsTheRun()
     {

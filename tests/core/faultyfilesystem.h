@@ -28,6 +28,8 @@ public:
     };
     QList<Fault> faults;
     int calls = 0;  // operations that change something or read a file's content
+    // What reaches the device, and what is read back (every read is decoded).
+    int fileFlushes = 0, folderFlushes = 0, renames = 0, reads = 0;
 
     void failOn(Op op, const QString &pathEnding = {}, const QString &reason = QStringLiteral("No space left on device"))
     {
@@ -46,7 +48,12 @@ public:
         real_->setPermissions(path, permissions);
     }
     void createDirectories(const QString &path) override { check(Op::createDirectories, path); real_->createDirectories(path); }
-    QByteArray read(const QString &path) override { check(Op::read, path); return real_->read(path); }
+    QByteArray read(const QString &path) override
+    {
+        check(Op::read, path);
+        ++reads;
+        return real_->read(path);
+    }
     void createFile(const QString &path) override { check(Op::createFile, path); real_->createFile(path); }
     void writeSynced(const QString &path, const QByteArray &data) override
     {
@@ -56,12 +63,22 @@ public:
         }
         real_->writeSynced(path, data);
         check(Op::flush, path);
+        ++fileFlushes;
     }
-    void rename(const QString &from, const QString &to) override { check(Op::rename, from, to); real_->rename(from, to); }
+    void rename(const QString &from, const QString &to) override
+    {
+        check(Op::rename, from, to);
+        real_->rename(from, to);
+        ++renames;
+    }
     void move(const QString &from, const QString &to) override { check(Op::move, from, to); real_->move(from, to); }
     void copy(const QString &from, const QString &to) override { check(Op::copy, from, to); real_->copy(from, to); }
     void remove(const QString &path) override { check(Op::remove, path); real_->remove(path); }
-    void syncDirectory(const QString &path) override { real_->syncDirectory(path); }
+    void syncDirectory(const QString &path) override
+    {
+        ++folderFlushes;
+        real_->syncDirectory(path);
+    }
 
 private:
     const Fault *match(Op op, const QString &a, const QString &b = {})
