@@ -197,38 +197,38 @@ public:
     std::optional<Snapshot> read()
     {
         Snapshot s;
-        std::optional<QString> app, savedAt, style, id, name;
+        QString savedAt;
         std::optional<int64_t> format;
-        if (!(literal("{\n    \"app\": ") && (app = string()) && literal(",\n    \"format\": ") && (format = integer())
-              && literal(",\n    \"savedAt\": ") && (savedAt = string()) && literal(",\n    ")))
+        if (!(literal("{\n    \"app\": ") && string(s.app) && literal(",\n    \"format\": ") && (format = integer())
+              && literal(",\n    \"savedAt\": ") && string(savedAt) && literal(",\n    ")))
             return std::nullopt;
         if (literal("\"style\": ")) {
-            if (!(style = string()) || !literal(",\n    "))
+            QString style;
+            if (!string(style) || !literal(",\n    "))
                 return std::nullopt;
+            s.style = std::move(style);
         }
         if (!literal("\"timers\": [\n"))
             return std::nullopt;
-        s.app = *app;
         s.format = *format;
         try {
-            s.savedAt = parseDate(*savedAt, QString());
+            s.savedAt = parseDate(savedAt, QString());
         } catch (const StoreError &) {
             return std::nullopt; // worded by the general path, after any syntax error
         }
-        s.style = style;
         s.timers.reserve((end_ - p_) / 140);
         bool more = !literal("    ]\n}\n");
         while (more) {
             Entry e;
+            QString id;
             std::optional<double> seconds;
             std::optional<bool> running;
-            if (!(literal("        {\n            \"id\": ") && (id = string()) && isUuidText(*id)
-                  && literal(",\n            \"name\": ") && (name = string())
+            if (!(literal("        {\n            \"id\": ") && string(id) && isUuidText(id)
+                  && literal(",\n            \"name\": ") && string(e.name)
                   && literal(",\n            \"seconds\": ") && (seconds = number())
                   && literal(",\n            \"wasRunning\": ") && (running = boolean()) && literal("\n        }")))
                 return std::nullopt;
-            e.id = QUuid::fromString(*id);
-            e.name = std::move(*name);
+            e.id = QUuid::fromString(id);
             e.seconds = *seconds;
             e.wasRunning = *running;
             s.timers.append(std::move(e));
@@ -253,20 +253,22 @@ private:
         p_ += text.size();
         return true;
     }
-    std::optional<QString> string()
+    // An out-parameter rather than an optional: GCC's optimiser misreads optional<QString> here.
+    bool string(QString &out)
     {
         if (p_ == end_ || *p_ != '"')
-            return std::nullopt;
+            return false;
         const char *begin = ++p_;
         while (p_ != end_ && *p_ != '"') {
             const auto c = static_cast<unsigned char>(*p_);
             if (c < 0x20 || c >= 0x7f || c == '\\')
-                return std::nullopt;
+                return false;
             ++p_;
         }
         if (p_ == end_)
-            return std::nullopt;
-        return QString::fromLatin1(begin, p_++ - begin);
+            return false;
+        out = QString::fromLatin1(begin, p_++ - begin);
+        return true;
     }
     // A JSON number's text without a sign: (0|[1-9][0-9]*)(.[0-9]+)?([eE][+-]?[0-9]+)?
     // Negative numbers (and "-0") are never written and take the general path.
