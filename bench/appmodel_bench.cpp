@@ -2,7 +2,7 @@
 // by its debounced save into a real data folder. Run: build/dev/bench/appmodel_bench
 #include "appmodel.h"
 #include "store.h"
-#include "virtualservices.h"
+#include "modelfixture.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -39,11 +39,12 @@ private Q_SLOTS:
     {
         QFETCH(int, running);
         VirtualServices v;
-        AppModel model(nullptr, runningBoard(running, v.clock->now()), std::nullopt, std::nullopt, v.services());
-        model.onTick();
+        UndoManager undo;
+        AppModel model(nullptr, runningBoard(running, v.clock->now()), std::nullopt, std::nullopt, v.services(), undo);
+        ModelProbe::tick(model);
         QBENCHMARK {
             v.clock->advance(1);
-            model.onTick();
+            ModelProbe::tick(model);
         }
         QVERIFY(model.displayTick()->tick() > 0);
     }
@@ -64,14 +65,15 @@ private Q_SLOTS:
         Board board;
         for (int i = 0; i < timers; ++i)
             board.add();
-        AppModel model(store, board, std::nullopt, std::nullopt, v.services());
+        UndoManager undo;
+        AppModel model(store, board, std::nullopt, std::nullopt, v.services(), undo);
         const QUuid id = model.board().timers.first().id;
         int n = 0;
         QBENCHMARK {
             model.rename(id, QString::number(++n));
             v.advance(0.3);
         }
-        QVERIFY(model.lastSave() > 0);
+        QVERIFY(ModelProbe::lastSave(model) > 0);
         QVERIFY(!model.notice());
     }
 };

@@ -123,7 +123,7 @@ private slots:
         Board board = runningBoard(size);
         const QUuid last = board.timers.last().id;
         QBENCHMARK {
-            const std::optional<UndoEntry> entry = board.reset(last, 2000);
+            const std::optional<UndoEntry> entry = board.reset(last);
             board.undo(*entry);
         }
         QVERIFY(board.timers.last().isRunning());

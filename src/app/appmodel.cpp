@@ -3,10 +3,13 @@
 #include "shellhistory.h"
 #include "snapshot.h"
 #include "store.h"
+#include "text.h"
 #include "timevalues.h"
-#include "undomanager.h"
-#include "virtualservices.h"
 
+#include <QPointer>
+#include <QSet>
+#include "require.h"
+#include "undomanager.h"
 
 #include <algorithm>
 #include <cmath>
@@ -19,7 +22,6 @@ namespace {
 const QString zoomKey = QStringLiteral("zoom");
 const QString zoomDefaultKey = QStringLiteral("zoomDefaultV3");
 const QString styleKey = QStringLiteral("style");
-const QString shellHistoryKey = QStringLiteral("shellHistory");
 
 constexpr double tickInterval = 1.0;
 constexpr double tickTolerance = 0.1;
@@ -28,7 +30,6 @@ constexpr double saveFromTickAfter = 0.9;
 constexpr double toastLifetime = 12;
 constexpr double slideOutDelay = 0.14;
 constexpr double revealThreshold = 36;
-constexpr qsizetype historyLimit = 50;
 
 const QString moveActionName = QStringLiteral("Move Timer");
 const QString setTimeActionName = QStringLiteral("Set Time");
@@ -81,22 +82,14 @@ QString StorageNotice::detail() const
 // Construction
 
 AppModel::AppModel(std::shared_ptr<Store> store, Board board, std::optional<StyleID> style,
-                   std::optional<StorageNotice> notice, Services services, QObject *parent)
-    : QObject(parent), services_(std::move(services)), store_(std::move(store))
+                   std::optional<StorageNotice> notice, Services services, UndoManager &undo, QObject *parent)
+    : QObject(parent), services_(std::move(services)), store_(std::move(store)), undo_(undo)
 {
-    if (!services_.clock || !services_.scheduler) {
-        const Services real = Services::real();
-        if (!services_.clock)
-            services_.clock = real.clock;
-        if (!services_.scheduler)
-            services_.scheduler = real.scheduler;
-    }
-    if (!services_.settings)
-        services_.settings = std::make_shared<MemorySettings>();
+    TOCK_REQUIRE(services_.clock && services_.scheduler && services_.settings, "the model needs every service");
 
     // 1. The time of construction and a fresh redraw signal.
     now_ = currentTime();
-    clock_ = new DisplayTick(this);
+    displayTick_ = new DisplayTick(this);
 
     // 2. The zoom; the first run of this version drops any older zoom for the new default.
     Settings &settings = *services_.settings;
@@ -116,9 +109,9 @@ AppModel::AppModel(std::shared_ptr<Store> store, Board board, std::optional<Styl
 
     // 4. The command history.
     QStringList entries;
-    if (const std::optional<QVariant> stored = settings.value(shellHistoryKey))
+    if (const std::optional<QVariant> stored = settings.value(ShellHistory::settingsKey()))
         entries = stored->toStringList();
-    history_ = std::make_unique<ShellHistory>(entries, historyLimit);
+    history_ = std::make_unique<ShellHistory>(entries, ShellHistory::defaultLimit);
 
     // 5. What was loaded.
     board_ = std::move(board);
@@ -172,9 +165,20 @@ void AppModel::cancelTask(Scheduler::TaskId &task)
 // ---------------------------------------------------------------------------------------------
 // Publishing
 
-void AppModel::setBoard(Board board)
+void AppModel::replaceBoard(Board next, Persist persist)
 {
-    publish(this, board_, std::move(board), &AppModel::boardChanged);
+    const BoardChange change = BoardChange::between(board_, next);
+    // A pause-all with nothing running changes only the pause history: saved, but no row moves.
+    const bool differs = next != board_;
+    board_ = std::move(next);
+    // The tick first, so a view that repaints on the signal reads settled display values.
+    updateTicking();
+    if (!change.isEmpty())
+        Q_EMIT boardChanged(change);
+    if (persist == Persist::now)
+        save();
+    else if (differs)
+        markDirty();
 }
 
 void AppModel::setEditing(std::optional<QUuid> id, std::optional<TimeEditDraft> draft)
@@ -262,16 +266,6 @@ void AppModel::setWindowVisible(bool visible)
     windowVisible_ = visible;
 }
 
-void AppModel::setUndoManager(UndoManager *manager)
-{
-    undoManager_ = manager;
-}
-
-void AppModel::setOnExit(std::function<void()> action)
-{
-    onExit_ = std::move(action);
-}
-
 void AppModel::setDraft(const TimeEditDraft &draft)
 {
     if (!isEditOpen())
@@ -284,7 +278,7 @@ void AppModel::cancelEdit()
     setEditing(std::nullopt, std::nullopt);
 }
 
-bool AppModel::canBeginEditingName()
+bool AppModel::commitEditForNameClick()
 {
     return commitEdit();
 }
@@ -298,14 +292,6 @@ std::optional<int64_t> AppModel::validShown(const TimerItem &timer) const
     if (it == shown_.constEnd() || it->startedAt != timer.startedAt || it->accumulated != timer.accumulated)
         return std::nullopt;
     return it->value;
-}
-
-std::optional<int64_t> AppModel::shownValue(const QUuid &id) const
-{
-    const std::optional<qsizetype> index = board_.index(id);
-    if (!index)
-        return std::nullopt;
-    return validShown(board_.timers.at(*index));
 }
 
 int64_t AppModel::displayedSeconds(const QUuid &id) const
@@ -375,7 +361,7 @@ void AppModel::onTick()
     }
 
     if (changed && windowVisible_)
-        clock_->advance();
+        displayTick_->advance();
     if (at - lastSave_ >= saveFromTickAfter)
         save();
 }
@@ -413,10 +399,6 @@ void AppModel::save()
         store_->save(Snapshot(board_, StyleIDs::rawValue(style_), at), at);
     } catch (const StoreError &error) {
         failure = error.description();
-    } catch (const JsonError &error) {
-        failure = error.description;
-    } catch (const std::exception &error) {
-        failure = QString::fromLocal8Bit(error.what());
     }
     // Also after a failure, so a failing disk is retried about once a second, not every tick.
     lastSave_ = at;
@@ -429,44 +411,52 @@ void AppModel::save()
 // ---------------------------------------------------------------------------------------------
 // Actions
 
-void AppModel::addTimer()
+void AppModel::addTimer(std::optional<QString> name)
 {
     closeReveal();
     if (isEditOpen() && !commitEdit())
         return;
-    Board board = board_;
-    const TimerItem added = board.add();
-    setBoard(std::move(board));
-    updateTicking();
-    setNameFocusID(added.id);
-    markDirty();
+    const bool named = name.has_value();
+    const TimerItem added = editBoard([&](Board &board) { return board.add(std::move(name)); });
+    // An unnamed timer is added to be named next.
+    if (!named)
+        setNameFocusID(added.id);
 }
 
 void AppModel::toggle(const QUuid &id)
 {
-    if (!board_.index(id))
-        return;
+    if (const std::optional<TimerItem> timer = board_.timer(id))
+        setRunning({id}, !timer->isRunning());
+}
+
+QList<QUuid> AppModel::setRunning(const QList<QUuid> &ids, bool running)
+{
+    QList<QUuid> changing;
+    for (const QUuid &id : ids) {
+        const std::optional<TimerItem> timer = board_.timer(id);
+        if (timer && timer->isRunning() != running && !changing.contains(id))
+            changing << id;
+    }
+    if (changing.isEmpty())
+        return {};
     closeReveal();
-    if (editingID_ == id)
+    if (editingID_ && changing.contains(*editingID_))
         commitEdit(); // a refused commit does not stop the toggle
+    // One instant for all, so timers started together stay in step.
     const Instant at = currentTime();
-    Board board = board_;
-    board.toggle(id, at);
-    setBoard(std::move(board));
-    updateTicking();
     now_ = at;
-    markDirty();
+    editBoard([&](Board &board) {
+        for (const QUuid &id : changing)
+            board.toggle(id, at);
+    });
+    return changing;
 }
 
 void AppModel::pauseAll()
 {
     const Instant at = currentTime();
-    Board board = board_;
-    board.pauseAll(at);
-    setBoard(std::move(board));
-    updateTicking();
     now_ = at;
-    save();
+    editBoard([at](Board &board) { board.pauseAll(at); }, Persist::now);
 }
 
 void AppModel::reset(const QUuid &id)
@@ -475,16 +465,9 @@ void AppModel::reset(const QUuid &id)
         return;
     if (editingID_ == id)
         cancelEdit();
-    const Instant at = currentTime();
-    Board board = board_;
-    const std::optional<UndoEntry> entry = board.reset(id, at);
-    setBoard(std::move(board));
-    updateTicking();
-    now_ = at;
-    if (entry) {
+    now_ = currentTime();
+    if (const std::optional<UndoEntry> entry = editBoard([&](Board &board) { return board.reset(id); }))
         registerUndo(*entry);
-        markDirty();
-    }
 }
 
 void AppModel::deleteTimer(const QUuid &id)
@@ -501,14 +484,8 @@ void AppModel::deleteTimer(const QUuid &id)
         setSwipe(std::nullopt, 0); // deleted mid-drag (say, from the prompt): nothing left to reveal
     if (editingID_ == id)
         cancelEdit();
-    Board board = board_;
-    const std::optional<UndoEntry> entry = board.remove(id);
-    setBoard(std::move(board));
-    updateTicking();
-    if (entry) {
+    if (const std::optional<UndoEntry> entry = editBoard([&](Board &board) { return board.remove(id); }))
         registerUndo(*entry);
-        markDirty();
-    }
 }
 
 bool AppModel::deleteHovered()
@@ -524,13 +501,7 @@ bool AppModel::deleteHovered()
 
 void AppModel::rename(const QUuid &id, const QString &name)
 {
-    if (!board_.index(id))
-        return;
-    Board board = board_;
-    board.rename(id, name);
-    setBoard(std::move(board));
-    updateTicking();
-    markDirty();
+    editBoard([&](Board &board) { board.rename(id, name); });
 }
 
 void AppModel::moveTimer(const QUuid &id, qsizetype position)
@@ -541,15 +512,10 @@ void AppModel::moveTimer(const QUuid &id, qsizetype position)
     const qsizetype to = std::clamp<qsizetype>(position, 0, board_.timers.size() - 1);
     if (to == *from)
         return;
-    Board board = board_;
-    // The board takes a drop position counted before the move.
-    board.move({*from}, to > *from ? to + 1 : to);
-    setBoard(std::move(board));
-    updateTicking();
+    editBoard([&](Board &board) { board.move(*from, to); });
     // Moving back registers its own step while undoing, which becomes the redo.
     registerStep(moveActionName, QUuid::createUuid(),
                  [id, back = *from](AppModel &model) { model.moveTimer(id, back); });
-    markDirty();
 }
 
 void AppModel::beginEdit(const QUuid &id)
@@ -571,49 +537,33 @@ bool AppModel::commitEdit()
     if (!editingID_ || !draft_)
         return true;
     const Instant at = currentTime();
-    Board board = board_;
-    const bool ok = board.commit(*draft_, *editingID_, at);
-    setBoard(std::move(board));
-    updateTicking();
+    const bool ok = editBoard([&](Board &board) { return board.commit(*draft_, *editingID_, at); });
     if (!ok) {
-        if (services_.beep)
-            services_.beep();
+        Q_EMIT beepRequested();
         return false;
     }
     setEditing(std::nullopt, std::nullopt);
     now_ = at;
-    markDirty();
     return true;
 }
 
-void AppModel::setTime(const QUuid &id, double seconds, const TimerItem &before, Instant now)
+void AppModel::setTime(const QUuid &id, double seconds)
 {
-    if (!board_.index(id))
+    const std::optional<TimerItem> before = board_.timer(id);
+    if (!before)
         return;
-    Board board = board_;
-    board.setElapsed(id, seconds, now);
-    setBoard(std::move(board));
-    updateTicking();
-    now_ = now;
-    markDirty();
+    const Instant at = currentTime();
+    now_ = at;
+    editBoard([&](Board &board) { board.setElapsed(id, seconds, at); });
 
     // Restoring `before` is the board's undo of a reset taken at this epoch.
-    const UndoEntry restore = UndoEntry::reset(before, board_.epoch());
+    const UndoEntry restore = UndoEntry::reset(*before, board_.epoch());
     registerStep(setTimeActionName, QUuid::createUuid(), [id, seconds, restore](AppModel &model) {
-        Board restored = model.board_;
-        const bool ok = restored.undo(restore);
-        model.setBoard(std::move(restored));
-        model.updateTicking();
-        if (ok) {
+        if (model.editBoard([&](Board &board) { return board.undo(restore); }))
             model.now_ = model.currentTime();
-            model.markDirty();
-        }
-        UndoManager *manager = model.undoManager_.data();
-        if (manager && manager->isUndoing()) {
-            model.registerStep(setTimeActionName, QUuid::createUuid(), [id, seconds](AppModel &m) {
-                if (const std::optional<TimerItem> current = m.board_.timer(id))
-                    m.setTime(id, seconds, *current, m.currentTime());
-            });
+        if (model.undo_.isUndoing()) {
+            model.registerStep(setTimeActionName, QUuid::createUuid(),
+                               [id, seconds](AppModel &m) { m.setTime(id, seconds); });
         }
     });
 }
@@ -716,18 +666,26 @@ void AppModel::dismissNotice()
     setNotice(std::nullopt);
 }
 
-void AppModel::startFreshAfterUnreadable()
+Confirmation AppModel::startFreshQuestion()
 {
-    if (!store_)
-        return;
-    const Confirmation question{
+    return {
         QStringLiteral("Start with an empty list?"),
         QStringLiteral("The unreadable files will be moved to a folder named \u201CUnreadable-\u2026\u201D "
                        "inside the Tock data folder. Nothing is deleted."),
         QStringLiteral("Start Fresh"),
         QStringLiteral("Cancel"),
     };
-    if (!services_.confirm || !services_.confirm(question))
+}
+
+void AppModel::startFreshAfterUnreadable()
+{
+    if (store_)
+        Q_EMIT startFreshRequested();
+}
+
+void AppModel::confirmStartFresh()
+{
+    if (!store_)
         return;
     try {
         store_->setAsideUnreadableAndStartFresh();
@@ -739,15 +697,17 @@ void AppModel::startFreshAfterUnreadable()
     save();
 }
 
+void AppModel::retrySave()
+{
+    save();
+}
+
 QString AppModel::names(const QList<QUuid> &ids) const
 {
     if (ids.size() != 1)
         return QString::number(ids.size()) + QStringLiteral(" timers");
     const std::optional<TimerItem> timer = board_.timer(ids.first());
-    if (!timer)
-        return QStringLiteral("Untitled");
-    const QString name = timer->name.isEmpty() ? QStringLiteral("Untitled") : timer->name;
-    return QStringLiteral("\u201C") + name + QStringLiteral("\u201D");
+    return timer ? Text::quoted(timer->displayName()) : TimerItem::untitled();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -755,19 +715,11 @@ QString AppModel::names(const QList<QUuid> &ids) const
 
 void AppModel::registerStep(const QString &name, const QUuid &token, std::function<void(AppModel &)> action)
 {
-    UndoManager *manager = undoManager_.data();
-    if (!manager)
-        return;
-    // Steps registered while undoing are redo steps; only undo steps are logged.
-    if (!manager->isUndoing())
-        undoLog_.append(token);
-    manager->registerUndo([model = QPointer<AppModel>(this), token, action = std::move(action)] {
-        if (!model)
-            return;
-        model->undoLog_.removeAll(token);
-        action(*model);
-    });
-    manager->setActionName(name);
+    undo_.registerUndo([model = QPointer<AppModel>(this), action = std::move(action)] {
+        if (model)
+            action(*model);
+    }, token);
+    undo_.setActionName(name);
 }
 
 void AppModel::registerUndo(const UndoEntry &entry)
@@ -780,24 +732,12 @@ void AppModel::registerUndo(const UndoEntry &entry)
 
 void AppModel::performUndo(const UndoEntry &entry, const QUuid &token)
 {
-    // Whichever path comes second (toast, menu or command line) finds the token and stops.
-    if (undone_.contains(token))
-        return;
-    undone_.insert(token);
-
-    Board board = board_;
-    const bool ok = board.undo(entry);
-    setBoard(std::move(board));
-    updateTicking();
-    if (ok) {
+    if (editBoard([&](Board &board) { return board.undo(entry); }))
         now_ = currentTime();
-        markDirty();
-    }
     if (toast_ && toast_->token == token)
         setToast(std::nullopt);
 
-    UndoManager *manager = undoManager_.data();
-    if (manager && manager->isUndoing()) {
+    if (undo_.isUndoing()) {
         const QUuid id = entry.timer().id;
         const bool wasReset = entry.isReset();
         registerStep(entry.actionName(), QUuid::createUuid(), [id, wasReset](AppModel &model) {
@@ -826,16 +766,72 @@ void AppModel::undoToast()
     if (!toast_)
         return;
     const Toast toast = *toast_;
-    UndoManager *manager = undoManager_.data();
-    if (manager && manager->canUndo() && !undoLog_.isEmpty() && undoLog_.last() == toast.token
-        && !undone_.contains(toast.token)) {
+    if (undo_.isNextUndo(toast.token)) {
         // Its own step is on top: going through the manager keeps redo correct.
-        manager->undo();
-    } else {
-        // Something newer lies above it; the manager's step will find the token undone.
+        undo_.undo();
+    } else if (undo_.takeOutOfOrder(toast.token)) {
+        // Something newer lies above it; the manager now skips this step's handler.
         performUndo(toast.entry, toast.token);
     }
     setToast(std::nullopt);
+}
+
+// ---------------------------------------------------------------------------------------------
+// What changed
+
+bool BoardChange::isEmpty() const
+{
+    return inserted.isEmpty() && removed.isEmpty() && moved.isEmpty() && changed.isEmpty();
+}
+
+BoardChange BoardChange::between(const Board &before, const Board &after)
+{
+    BoardChange change;
+    QHash<QUuid, qsizetype> oldIndex;
+    for (qsizetype i = 0; i < before.timers.size(); ++i)
+        oldIndex.insert(before.timers.at(i).id, i);
+    QSet<QUuid> kept;
+    // Timers on both boards, in their new order, with their old index.
+    QList<std::pair<qsizetype, qsizetype>> common; // (old index, new index)
+    for (qsizetype i = 0; i < after.timers.size(); ++i) {
+        const TimerItem &timer = after.timers.at(i);
+        const auto it = oldIndex.constFind(timer.id);
+        if (it == oldIndex.constEnd()) {
+            change.inserted.append({timer.id, i});
+            continue;
+        }
+        kept.insert(timer.id);
+        common.append({*it, i});
+        if (before.timers.at(*it) != timer)
+            change.changed.append(timer.id);
+    }
+    for (const TimerItem &timer : before.timers) {
+        if (!kept.contains(timer.id))
+            change.removed.append(timer.id);
+    }
+
+    // The longest run whose old order survives stayed put; everything else moved. Patience
+    // sorting on the old indexes, with links back to rebuild the run.
+    QList<qsizetype> tails;              // positions in `common` ending the best run of each length
+    QList<qsizetype> previous(common.size(), -1);
+    for (qsizetype i = 0; i < common.size(); ++i) {
+        const auto pos = std::lower_bound(tails.begin(), tails.end(), common.at(i).first,
+                                          [&](qsizetype t, qsizetype value) { return common.at(t).first < value; });
+        if (pos != tails.begin())
+            previous[i] = *(pos - 1);
+        if (pos == tails.end())
+            tails.append(i);
+        else
+            *pos = i;
+    }
+    QList<bool> stayed(common.size(), false);
+    for (qsizetype i = tails.isEmpty() ? -1 : tails.last(); i >= 0; i = previous.at(i))
+        stayed[i] = true;
+    for (qsizetype i = 0; i < common.size(); ++i) {
+        if (!stayed.at(i))
+            change.moved.append({after.timers.at(common.at(i).second).id, common.at(i).first, common.at(i).second});
+    }
+    return change;
 }
 
 } // namespace tock

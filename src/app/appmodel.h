@@ -1,8 +1,10 @@
 // The one object every user action goes through. It owns the board, the style, the zoom and all
 // transient interface state, runs the once-a-second tick and the debounced save, and keeps undo
 // and toasts consistent. Views and the terminal read its state and call its operations; nothing
-// else changes the board. Every published field has a change signal; the tick changes only
-// DisplayTick, so only the time displays repaint once a second.
+// else changes the board. Every published field has a change signal; the board's says which
+// timers were inserted, removed, moved or changed. The tick changes only DisplayTick, so only
+// the time displays repaint once a second. Questions, beeps and the shell's exit are signals the
+// window or the terminal answers, so no model call waits on the user.
 #pragma once
 
 #include "board.h"
@@ -15,8 +17,6 @@
 #include <QHash>
 #include <QList>
 #include <QObject>
-#include <QPointer>
-#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QUuid>
@@ -89,6 +89,41 @@ private:
 // The text shown when recovery could not archive the damaged file.
 QString archiveFailedMessage();
 
+// What one edit did to the board, so views repaint or animate exactly those rows. Positions are
+// indexes: `position` and `to` in the board after the edit, `from` in the board before it.
+// Timers that only slid along because others were inserted, removed or moved are not listed.
+struct BoardChange {
+    struct Inserted {
+        QUuid id;
+        qsizetype position = 0;
+        bool operator==(const Inserted &) const = default;
+    };
+    struct Moved {
+        QUuid id;
+        qsizetype from = 0;
+        qsizetype to = 0;
+        bool operator==(const Moved &) const = default;
+    };
+    QList<Inserted> inserted;
+    QList<QUuid> removed;
+    QList<Moved> moved;
+    QList<QUuid> changed; // name, time or running state changed
+
+    bool isEmpty() const;
+    // The difference between two boards; the fewest timers count as moved.
+    static BoardChange between(const Board &before, const Board &after);
+    bool operator==(const BoardChange &) const = default;
+};
+
+// A question with two buttons for the window to ask.
+struct Confirmation {
+    QString title;
+    QString text;
+    QString confirmButton;
+    QString cancelButton;
+    bool operator==(const Confirmation &) const = default;
+};
+
 class AppModel : public QObject {
     Q_OBJECT
 public:
@@ -97,10 +132,11 @@ public:
     static constexpr double defaultZoom = 0.8;
 
     // `store` may be null (screenshots, checks, tests): then nothing ticks, saves or writes
-    // settings, and the zoom is 1.0. `style` is an explicit override. Missing services fall
-    // back to the system clock, Qt timers, settings kept in memory, silence and "no".
+    // settings, and the zoom is 1.0. `style` is an explicit override. `services` must be
+    // complete; `undo` must outlive the model.
     AppModel(std::shared_ptr<Store> store, Board board, std::optional<StyleID> style,
-             std::optional<StorageNotice> notice, Services services, QObject *parent = nullptr);
+             std::optional<StorageNotice> notice, Services services, UndoManager &undo,
+             QObject *parent = nullptr);
     ~AppModel() override;
 
     // Published state.
@@ -125,21 +161,18 @@ public:
     bool isEditingName() const { return isEditingName_; }
 
     // Plain state.
-    Instant now() const { return now_; }
-    DisplayTick *displayTick() const { return clock_; }
-    Store *store() const { return store_.get(); }
-    UndoManager *undoManager() const { return undoManager_.data(); }
-    bool windowVisible() const { return windowVisible_; }
-    Instant lastSave() const { return lastSave_; }
-    const ShellHistory &history() const { return *history_; }
-    bool isTicking() const { return tickTask_ != 0; }
-    // The whole second a running timer's display shows, if still valid for that timer.
-    std::optional<int64_t> shownValue(const QUuid &id) const;
-    // What a time display shows: a running timer's shown second, else its exact whole seconds
-    // at `now`; 0 for an unknown id.
-    int64_t displayedSeconds(const QUuid &id) const;
+    DisplayTick *displayTick() const { return displayTick_; }
+    UndoManager &undoManager() const { return undo_; }
     // A time edit is open (editingID and draft both set).
     bool isEditOpen() const { return editingID_.has_value() && draft_.has_value(); }
+    // What a time display shows: a running timer's shown second, else its exact whole seconds
+    // at the last action or tick; 0 for an unknown id.
+    int64_t displayedSeconds(const QUuid &id) const;
+    double rowOffset(const QUuid &id) const;
+    // What the window asks after startFreshRequested().
+    static Confirmation startFreshQuestion();
+    // The style names `style <name>` accepts: titles lower-cased, spaces as '-'.
+    static QStringList styleCommandNames();
 
     // Setters for state the views and the delegate own. Each notifies only on change.
     void setStyle(StyleID style);      // writes "style" when there is a store
@@ -150,19 +183,21 @@ public:
     void setStyleMenuOpen(bool open);
     void setIsEditingName(bool editing);
     void setWindowVisible(bool visible);
-    void setUndoManager(UndoManager *manager); // held weakly
-    void setOnExit(std::function<void()> action);
     // The mask view edits the open draft through this; ignored when no edit is open.
     void setDraft(const TimeEditDraft &draft);
     // The user cancelled the time edit: closes it without applying.
     void cancelEdit();
     // A click on a name: commits an open time edit first; false (the click is refused, the
     // edit stays open) when that edit is invalid.
-    bool canBeginEditingName();
+    bool commitEditForNameClick();
 
     // Actions (ids are timer ids; unknown ids do nothing).
-    void addTimer();
+    // Without a name the new timer gets the next default name and its name field the focus.
+    void addTimer(std::optional<QString> name = std::nullopt);
     void toggle(const QUuid &id);
+    // Starts (or pauses) those of `ids` not yet in that state, at one shared instant; returns
+    // the ids it changed, in the order given.
+    QList<QUuid> setRunning(const QList<QUuid> &ids, bool running);
     void pauseAll();
     void reset(const QUuid &id);
     void deleteTimer(const QUuid &id); // `delete` in the design; reserved in C++
@@ -171,7 +206,8 @@ public:
     void moveTimer(const QUuid &id, qsizetype position);
     void beginEdit(const QUuid &id);
     bool commitEdit();
-    void setTime(const QUuid &id, double seconds, const TimerItem &before, Instant now);
+    // Sets the elapsed time (clamped to what can be shown); undoable as "Set Time".
+    void setTime(const QUuid &id, double seconds);
     void zoomIn();
     void zoomOut();
     void zoomReset();
@@ -179,21 +215,14 @@ public:
     void beginSwipe(const QUuid &id);
     void swipe(double delta);
     void endSwipe(double rowWidth);
-    double rowOffset(const QUuid &id) const;
     void closeReveal();
     void dismissNotice();
+    // The unreadable banner's button: asks through startFreshRequested().
     void startFreshAfterUnreadable();
-    void markDirty();
-    void save();
-    QString names(const QList<QUuid> &ids) const;
-    void updateTicking();
-    void onTick();
-
-    // Undo and toasts.
-    void registerStep(const QString &name, const QUuid &token, std::function<void(AppModel &)> action);
-    void registerUndo(const UndoEntry &entry);
-    void performUndo(const UndoEntry &entry, const QUuid &token);
-    void showToast(const Toast &toast);
+    // The user confirmed: sets the unreadable data aside and saves.
+    void confirmStartFresh();
+    // The save-failed banner's Retry: saves now.
+    void retrySave();
     void undoToast();
 
     // The shell session (appmodel_shell.cpp). promptCaret counts user-perceived characters.
@@ -204,16 +233,16 @@ public:
     void promptHistory(bool up);
     void promptComplete();
     void promptRun();
-    // Applies one parsed command; throws ShellError.
-    void execute(const ShellCommand &command);
-    // The style names `style <name>` accepts: titles lower-cased, spaces as '-'.
-    static QStringList styleCommandNames();
     // Prompt keys that clear or move without running (Ctrl-U, Ctrl-L, Home, End).
     void setPrompt(const QString &text, qsizetype caret);
     void clearShellOutput();
 
 Q_SIGNALS:
-    void boardChanged();
+    // Once per edit, only when some timer was inserted, removed, moved or changed.
+    void boardChanged(const tock::BoardChange &change);
+    void beepRequested();
+    void exitRequested();       // the shell's `exit`
+    void startFreshRequested(); // ask startFreshQuestion(); "Start Fresh" calls confirmStartFresh()
     void styleChanged();
     void zoomChanged();
     void screenHeightChanged();
@@ -234,16 +263,44 @@ Q_SIGNALS:
     void isEditingNameChanged();
 
 private:
+    friend struct ModelProbe; // the checks' window onto the tick, the toast and saving
+
     // Which whole second a running timer's display last showed, and for which run.
     struct Shown {
         int64_t value = 0;
         std::optional<Instant> startedAt;
         double accumulated = 0;
     };
+    enum class Persist { debounced, now };
+
+    // The one edit path: `edit` changes a copy of the board; then the model publishes it, says
+    // what changed, starts or stops the tick and saves if the board differs. Returns what
+    // `edit` returned.
+    template <typename Edit>
+    auto editBoard(Edit &&edit, Persist persist = Persist::debounced)
+    {
+        Board next = board_;
+        if constexpr (std::is_void_v<decltype(edit(next))>) {
+            edit(next);
+            replaceBoard(std::move(next), persist);
+        } else {
+            auto result = edit(next);
+            replaceBoard(std::move(next), persist);
+            return result;
+        }
+    }
+    void replaceBoard(Board next, Persist persist);
+
     std::optional<int64_t> validShown(const TimerItem &timer) const;
     Instant currentTime() const;
+    void markDirty();
+    void save();
+    void updateTicking();
+    void onTick();
+    QString names(const QList<QUuid> &ids) const;
+    // Applies one parsed command; throws ShellError.
+    void execute(const ShellCommand &command);
     void setShellOutput(QStringList lines, bool isError);
-    void setBoard(Board board); // publishes
     void setEditing(std::optional<QUuid> id, std::optional<TimeEditDraft> draft);
     void setSwipe(std::optional<QUuid> id, double offset);
     void setRevealedID(std::optional<QUuid> id);
@@ -253,8 +310,15 @@ private:
     Scheduler::TaskId schedule(double seconds, std::function<void(AppModel &)> task);
     void cancelTask(Scheduler::TaskId &task);
 
+    // Undo and toasts.
+    void registerStep(const QString &name, const QUuid &token, std::function<void(AppModel &)> action);
+    void registerUndo(const UndoEntry &entry);
+    void performUndo(const UndoEntry &entry, const QUuid &token);
+    void showToast(const Toast &toast);
+
     Services services_;
     std::shared_ptr<Store> store_;
+    UndoManager &undo_;
 
     // Published.
     Board board_;
@@ -279,21 +343,19 @@ private:
 
     // Plain.
     Instant now_ = 0;
-    DisplayTick *clock_ = nullptr; // owned as a QObject child
-    QPointer<UndoManager> undoManager_;
+    DisplayTick *displayTick_ = nullptr; // owned as a QObject child
     Scheduler::TaskId tickTask_ = 0;
     QHash<QUuid, Shown> shown_;
     bool windowVisible_ = true;
     Scheduler::TaskId saveWork_ = 0;
     Instant lastSave_ = -1e18; // the distant past
-    QSet<QUuid> undone_;
-    QList<QUuid> undoLog_;
     Scheduler::TaskId toastWork_ = 0;
     Scheduler::TaskId swipeWork_ = 0;
-    std::function<void()> onExit_;
-    std::unique_ptr<ShellHistory> history_; // limit 50, persisted under "shellHistory"
+    std::unique_ptr<ShellHistory> history_;
     // Deferred tasks check this so they do nothing once the model is gone.
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 
 } // namespace tock
+
+Q_DECLARE_METATYPE(tock::BoardChange)

@@ -6,18 +6,15 @@
 #include "shell.h"
 #include "shellhistory.h"
 #include "shelltime.h"
-#include "store.h"
 #include "text.h"
 #include "timevalues.h"
 #include "undomanager.h"
 
-#include <exception>
+#include <algorithm>
 
 namespace tock {
 
 namespace {
-
-const QString historyKey = QStringLiteral("shellHistory");
 
 // The part of a grapheme list from `from` up to (not including) `to`, as text.
 QString joined(const QStringList &graphemes, qsizetype from, qsizetype to)
@@ -37,29 +34,16 @@ bool isBlank(const QString &line)
     return true;
 }
 
-QString quoted(const QString &name)
-{
-    return QStringLiteral("\u201C") + name + QStringLiteral("\u201D");
-}
-
 // Scoped undo grouping, so a multi-timer command is one step even if an action throws.
 class UndoGroup {
 public:
-    explicit UndoGroup(UndoManager *manager) : manager_(manager)
-    {
-        if (manager_)
-            manager_->beginGrouping();
-    }
-    ~UndoGroup()
-    {
-        if (manager_)
-            manager_->endGrouping();
-    }
+    explicit UndoGroup(UndoManager &manager) : manager_(manager) { manager_.beginGrouping(); }
+    ~UndoGroup() { manager_.endGrouping(); }
     UndoGroup(const UndoGroup &) = delete;
     UndoGroup &operator=(const UndoGroup &) = delete;
 
 private:
-    UndoManager *manager_;
+    UndoManager &manager_;
 };
 
 } // namespace
@@ -162,8 +146,7 @@ void AppModel::promptComplete()
         timerNames << timer.name;
     const std::optional<QString> completed = Shell::complete(promptText_, timerNames, styleCommandNames());
     if (!completed) {
-        if (services_.beep)
-            services_.beep();
+        Q_EMIT beepRequested();
         return;
     }
     setPrompt(*completed, Text::graphemeCount(*completed));
@@ -177,17 +160,13 @@ void AppModel::promptRun()
     if (isBlank(line))
         return;
     history_->record(line);
-    if (store_ && services_.settings)
-        services_.settings->setValue(historyKey, history_->entries());
+    if (store_)
+        services_.settings->setValue(ShellHistory::settingsKey(), history_->entries());
     try {
         if (const std::optional<ShellCommand> command = Shell::parse(line))
             execute(*command);
     } catch (const ShellError &error) {
         setShellOutput({error.message}, true);
-    } catch (const StoreError &error) {
-        setShellOutput({error.description()}, true);
-    } catch (const std::exception &error) {
-        setShellOutput({QString::fromLocal8Bit(error.what())}, true);
     }
 }
 
@@ -207,35 +186,18 @@ void AppModel::execute(const ShellCommand &command)
         [&](const auto &c) {
             using C = std::decay_t<decltype(c)>;
             if constexpr (std::is_same_v<C, ShellCommand::Add>) {
-                Board board = board_;
-                const TimerItem added = board.add(c.name);
-                setBoard(std::move(board));
-                updateTicking();
-                markDirty();
-                succeed({QStringLiteral("added ") + quoted(added.name) + QStringLiteral(" as ")
-                         + QString::number(board_.timers.size())});
+                const std::optional<QUuid> focus = nameFocusID_;
+                addTimer(c.name);
+                setNameFocusID(focus); // the prompt keeps the keyboard
+                succeed({QStringLiteral("added ") + Text::quoted(board_.timers.constLast().name)
+                         + QStringLiteral(" as ") + QString::number(board_.timers.size())});
             } else if constexpr (std::is_same_v<C, ShellCommand::Start> || std::is_same_v<C, ShellCommand::Pause>) {
                 constexpr bool starting = std::is_same_v<C, ShellCommand::Start>;
-                QList<QUuid> changing;
-                for (const QUuid &id : resolve(c.target, Shell::AllowAll::yes)) {
-                    const std::optional<TimerItem> timer = board_.timer(id);
-                    if (timer && timer->isRunning() != starting)
-                        changing << id;
-                }
-                if (changing.isEmpty()) {
+                const QList<QUuid> changed = setRunning(resolve(c.target, Shell::AllowAll::yes), starting);
+                if (changed.isEmpty())
                     succeed({starting ? QStringLiteral("already running") : QStringLiteral("already paused")});
-                    return;
-                }
-                // One instant for all, so timers started together stay in step.
-                const Instant at = currentTime();
-                Board board = board_;
-                for (const QUuid &id : changing)
-                    board.toggle(id, at);
-                setBoard(std::move(board));
-                updateTicking();
-                now_ = at;
-                markDirty();
-                succeed({(starting ? QStringLiteral("started ") : QStringLiteral("paused ")) + names(changing)});
+                else
+                    succeed({(starting ? QStringLiteral("started ") : QStringLiteral("paused ")) + names(changed)});
             } else if constexpr (std::is_same_v<C, ShellCommand::Toggle>) {
                 const QUuid id = one(c.target);
                 toggle(id);
@@ -246,7 +208,7 @@ void AppModel::execute(const ShellCommand &command)
                 const QList<QUuid> ids = resolve(c.target, Shell::AllowAll::yes);
                 const QString text = names(ids);
                 {
-                    UndoGroup group(undoManager_.data());
+                    UndoGroup group(undo_);
                     for (const QUuid &id : ids)
                         reset(id);
                 }
@@ -255,7 +217,7 @@ void AppModel::execute(const ShellCommand &command)
                 const QList<QUuid> ids = resolve(c.target, Shell::AllowAll::yes);
                 const QString text = names(ids); // before the timers are gone
                 {
-                    UndoGroup group(undoManager_.data());
+                    UndoGroup group(undo_);
                     for (const QUuid &id : ids)
                         deleteTimer(id);
                 }
@@ -265,24 +227,23 @@ void AppModel::execute(const ShellCommand &command)
                 const QUuid id = one(c.target);
                 const QString old = names({id});
                 rename(id, c.name);
-                succeed({QStringLiteral("renamed ") + old + QStringLiteral(" to ") + quoted(c.name)});
+                succeed({QStringLiteral("renamed ") + old + QStringLiteral(" to ") + Text::quoted(c.name)});
             } else if constexpr (std::is_same_v<C, ShellCommand::Set>) {
                 const QUuid id = one(c.target);
                 const std::optional<TimerItem> before = board_.timer(id);
                 if (!before)
                     return;
-                const Instant at = currentTime();
                 double seconds = 0;
                 if (const auto *absolute = std::get_if<ShellTime::Absolute>(&c.time.value)) {
                     seconds = double(absolute->seconds);
                 } else {
                     // Going below zero stops at zero, as the edit mask cannot show less either.
                     const auto &relative = std::get<ShellTime::Relative>(c.time.value);
-                    seconds = std::max(0.0, before->elapsed(at) + double(relative.seconds));
+                    seconds = std::max(0.0, before->elapsed(currentTime()) + double(relative.seconds));
                 }
                 if (seconds > double(HMS::maxSeconds))
                     throw ShellError{QStringLiteral("too long: the most is ") + TimeFormat::string(double(HMS::maxSeconds))};
-                setTime(id, seconds, *before, at);
+                setTime(id, seconds);
                 succeed({names({id}) + QStringLiteral(" is now ") + TimeFormat::string(seconds)});
             } else if constexpr (std::is_same_v<C, ShellCommand::Move>) {
                 const QUuid id = one(c.target);
@@ -291,48 +252,26 @@ void AppModel::execute(const ShellCommand &command)
                 moveTimer(id, index);
                 succeed({QStringLiteral("moved ") + names({id}) + QStringLiteral(" to ") + QString::number(c.position)});
             } else if constexpr (std::is_same_v<C, ShellCommand::Style>) {
-                const QString wanted = c.name.toLower().replace(QLatin1Char(' '), QLatin1Char('-'));
                 const QStringList all = styleCommandNames();
-                const QList<StyleID> &styles = StyleIDs::allCases();
-                QList<qsizetype> matches;
-                for (qsizetype i = 0; i < all.size(); ++i) {
-                    if (all.at(i) == wanted) { // a full name wins even if it starts another
-                        matches = {i};
-                        break;
-                    }
-                    if (all.at(i).startsWith(wanted))
-                        matches << i;
-                }
-                if (matches.isEmpty())
-                    throw ShellError{QStringLiteral("no style ") + c.name + QStringLiteral(" — ")
-                                     + all.join(QStringLiteral(", "))};
-                if (matches.size() > 1) {
-                    QStringList matching;
-                    for (const qsizetype i : matches)
-                        matching << all.at(i);
-                    throw ShellError{QStringLiteral("ambiguous: ") + matching.join(QStringLiteral(", "))};
-                }
-                setStyle(styles.at(matches.constFirst()));
-                succeed({QStringLiteral("style ") + all.at(matches.constFirst())});
+                const qsizetype index = Shell::resolveStyle(c.name, all);
+                setStyle(StyleIDs::allCases().at(index));
+                succeed({QStringLiteral("style ") + all.at(index)});
             } else if constexpr (std::is_same_v<C, ShellCommand::Undo>) {
-                UndoManager *manager = undoManager_.data();
-                if (!manager || !manager->canUndo())
+                if (!undo_.canUndo())
                     throw ShellError{QStringLiteral("nothing to undo")};
-                manager->undo();
+                undo_.undo();
                 succeed({QStringLiteral("undone")});
             } else if constexpr (std::is_same_v<C, ShellCommand::Redo>) {
-                UndoManager *manager = undoManager_.data();
-                if (!manager || !manager->canRedo())
+                if (!undo_.canRedo())
                     throw ShellError{QStringLiteral("nothing to redo")};
-                manager->redo();
+                undo_.redo();
                 succeed({QStringLiteral("redone")});
             } else if constexpr (std::is_same_v<C, ShellCommand::Clear>) {
                 succeed({});
             } else if constexpr (std::is_same_v<C, ShellCommand::Help>) {
                 succeed(Shell::helpText());
             } else if constexpr (std::is_same_v<C, ShellCommand::Exit>) {
-                if (onExit_)
-                    onExit_();
+                Q_EMIT exitRequested();
             } else if constexpr (std::is_same_v<C, ShellCommand::Version>) {
                 succeed({AppInfo::name().toLower() + QLatin1Char(' ') + AppInfo::versionLine() + QStringLiteral(" · ")
                          + AppInfo::tagline().toLower()});

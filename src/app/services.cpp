@@ -7,7 +7,6 @@
 #include <QTimer>
 
 #include <cmath>
-#include <cstdio>
 
 namespace tock {
 
@@ -99,11 +98,6 @@ Services Services::real()
     services.clock = std::make_shared<SystemClock>();
     services.scheduler = std::make_shared<QtScheduler>();
     services.settings = std::make_shared<QtSettings>();
-    services.beep = [] {
-        std::fputc('\a', stderr);
-        std::fflush(stderr);
-    };
-    services.confirm = [](const Confirmation &) { return false; };
     return services;
 }
 

@@ -1,7 +1,7 @@
 // The outside world the application model depends on, behind small interfaces so that the whole
 // model runs in virtual time in tests: the clock, the scheduler (the one-second tick and
-// cancellable delayed tasks), the settings store, the beep and the confirmation prompt.
-// Real Qt implementations live in services.cpp; virtual ones in virtualservices.h.
+// cancellable delayed tasks) and the settings store. Real Qt implementations live in
+// services.cpp; the checks bring virtual ones.
 #pragma once
 
 #include "timer.h"
@@ -42,24 +42,12 @@ public:
     virtual void remove(const QString &key) = 0;
 };
 
-// A modal question with two buttons; the prompt answers true for the confirming one.
-struct Confirmation {
-    QString title;
-    QString text;
-    QString confirmButton;
-    QString cancelButton;
-    bool operator==(const Confirmation &) const = default;
-};
-
 struct Services {
     std::shared_ptr<Clock> clock;
     std::shared_ptr<Scheduler> scheduler;
     std::shared_ptr<Settings> settings;
-    std::function<void()> beep;
-    std::function<bool(const Confirmation &)> confirm;
 
-    // System clock, QTimer-based scheduler, QSettings, a terminal bell and a prompt that
-    // declines; the window replaces beep and confirm with its own.
+    // System clock, QTimer-based scheduler and QSettings.
     static Services real();
 };
 

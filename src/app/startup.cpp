@@ -1,6 +1,7 @@
 #include "startup.h"
 
 #include "require.h"
+#include "text.h"
 
 #include <cmath>
 
@@ -11,20 +12,12 @@ namespace {
 // A decimal integer as the command line gives it: an optional sign, then ASCII digits only.
 std::optional<int64_t> integerArgument(const QString &text)
 {
-    qsizetype start = 0;
-    if (text.startsWith(QLatin1Char('+')) || text.startsWith(QLatin1Char('-')))
-        start = 1;
-    if (start == text.size())
+    const bool negative = text.startsWith(QLatin1Char('-'));
+    const bool signed_ = negative || text.startsWith(QLatin1Char('+'));
+    const std::optional<int64_t> value = Text::decimal(QStringView(text).mid(signed_ ? 1 : 0));
+    if (!value)
         return std::nullopt;
-    for (qsizetype i = start; i < text.size(); ++i) {
-        if (text.at(i) < QLatin1Char('0') || text.at(i) > QLatin1Char('9'))
-            return std::nullopt;
-    }
-    bool ok = false;
-    const qlonglong value = text.toLongLong(&ok); // refuses overflow
-    if (!ok)
-        return std::nullopt;
-    return value;
+    return negative ? -*value : *value;
 }
 
 std::optional<double> numberArgument(const QString &text)
@@ -120,8 +113,8 @@ AppSession::Start AppSession::start()
     StartingValues values = StartingValues::from(result, store_->awaitingArchive());
     startingNotice_ = values.notice;
     undo_ = std::make_unique<UndoManager>();
-    model_ = std::make_unique<AppModel>(store_, std::move(values.board), values.style, values.notice, services_);
-    model_->setUndoManager(undo_.get());
+    model_ = std::make_unique<AppModel>(store_, std::move(values.board), values.style, values.notice, services_,
+                                        *undo_);
     // The valid main file becomes the newest backup at every start; a failure here must not
     // keep the timers from opening.
     try {

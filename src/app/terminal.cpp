@@ -42,11 +42,11 @@ void TerminalSession::printTimers(Instant now)
     const QList<TimerItem> &timers = model_.board().timers;
     qsizetype width = 0;
     for (const TimerItem &timer : timers)
-        width = std::max(width, Text::graphemeCount(timer.name.isEmpty() ? QStringLiteral("Untitled") : timer.name));
+        width = std::max(width, Text::graphemeCount(timer.displayName()));
     const int positions = int(QString::number(timers.size()).size());
     for (qsizetype i = 0; i < timers.size(); ++i) {
         const TimerItem &timer = timers.at(i);
-        const QString name = timer.name.isEmpty() ? QStringLiteral("Untitled") : timer.name;
+        const QString name = timer.displayName();
         const QString padding(width - Text::graphemeCount(name), QLatin1Char(' '));
         out_ << QStringLiteral("%1  ").arg(i + 1, positions) << name << padding << "  "
              << TimeFormat::string(timer.elapsed(now)) << "  "
@@ -200,7 +200,12 @@ int runTerminal(const QStringList &lines, const QString &directory, const Servic
     const bool interactive = lines.isEmpty() && isatty(STDIN_FILENO);
     TerminalSession session(model, out, err,
                             interactive ? TerminalSession::Echo::withTimers : TerminalSession::Echo::outputOnly);
-    model.setOnExit([&session] { session.requestExit(); });
+    QObject::connect(&model, &AppModel::exitRequested, &model, [&session] { session.requestExit(); });
+    QObject::connect(&model, &AppModel::beepRequested, &model, [&err] {
+        err << '\a';
+        err.flush();
+    });
+    // Nothing here offers to start fresh: unreadable data stays set aside untouched.
     model.setWindowVisible(false);
 
     if (app.startingNotice())
@@ -241,7 +246,6 @@ int runTerminal(const QStringList &lines, const QString &directory, const Servic
 
     app.end();
     QObject::disconnect(notices);
-    model.setOnExit({});
     return session.succeeded() ? TerminalStatus::succeeded : TerminalStatus::failed;
 }
 

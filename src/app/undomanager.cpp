@@ -2,21 +2,22 @@
 
 #include "require.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tock {
 
 UndoManager::UndoManager(QObject *parent) : QObject(parent) {}
 
-void UndoManager::registerUndo(std::function<void()> handler)
+void UndoManager::registerUndo(std::function<void()> handler, const QUuid &token)
 {
     TOCK_REQUIRE(handler != nullptr, "undo handler must be callable");
     if (level_ > 0) {
-        open_.handlers.push_back(std::move(handler));
+        open_.handlers.push_back({std::move(handler), token});
         return;
     }
     Step step;
-    step.handlers.push_back(std::move(handler));
+    step.handlers.push_back({std::move(handler), token});
     push(std::move(step));
     Q_EMIT changed();
 }
@@ -100,10 +101,16 @@ void UndoManager::replay(std::vector<Step> &from, Mode mode)
     mode_ = mode;
     beginGrouping();
     open_.name = step.name;
-    for (auto it = step.handlers.rbegin(); it != step.handlers.rend(); ++it)
-        (*it)();
+    for (auto it = step.handlers.rbegin(); it != step.handlers.rend(); ++it) {
+        if (!it->taken)
+            it->run();
+    }
     Step inverse = std::exchange(open_, Step{});
     level_ = 0;
+    for (const Handler &handler : step.handlers) {
+        if (!handler.token.isNull() && !handler.taken)
+            inverse.replayed.push_back(handler.token);
+    }
     if (!inverse.handlers.empty())
         push(std::move(inverse));
     mode_ = Mode::normal;
@@ -133,6 +140,31 @@ void UndoManager::removeAllActions()
     redoStack_.clear();
     lastTarget_ = nullptr;
     Q_EMIT changed();
+}
+
+bool UndoManager::isNextUndo(const QUuid &token) const
+{
+    if (undoStack_.empty() || token.isNull())
+        return false;
+    const Handler &newest = undoStack_.back().handlers.back();
+    return newest.token == token && !newest.taken;
+}
+
+bool UndoManager::takeOutOfOrder(const QUuid &token)
+{
+    if (token.isNull())
+        return true;
+    for (std::vector<Step> *stack : {&undoStack_, &redoStack_}) {
+        for (Step &step : *stack) {
+            if (std::find(step.replayed.begin(), step.replayed.end(), token) != step.replayed.end())
+                return false;
+            for (Handler &handler : step.handlers) {
+                if (handler.token == token)
+                    return !std::exchange(handler.taken, true);
+            }
+        }
+    }
+    return true;
 }
 
 QString UndoManager::undoActionName() const

@@ -1,11 +1,13 @@
 // A small undo manager with the semantics the model relies on: steps registered while undoing
 // become redo steps; steps registered while redoing go onto the undo stack without clearing the
 // redo stack; any other new step clears redo. Explicit grouping makes several registrations one
-// step (undone in reverse order).
+// step (undone in reverse order). A handler may carry a token, so the model can ask whether its
+// step is next and carry one out of order without the stack running it a second time.
 #pragma once
 
 #include <QObject>
 #include <QString>
+#include <QUuid>
 
 #include <functional>
 #include <vector>
@@ -18,7 +20,7 @@ public:
     explicit UndoManager(QObject *parent = nullptr);
 
     // Adds a handler to the open group, or as a step of its own when no group is open.
-    void registerUndo(std::function<void()> handler);
+    void registerUndo(std::function<void()> handler, const QUuid &token = {});
     // Names the step being registered (the open group, else the latest step on the stack that
     // registration went to).
     void setActionName(const QString &name);
@@ -35,6 +37,12 @@ public:
     void redo();
     void removeAllActions();
 
+    // The step undo() would run next holds `token` (in its newest handler) not yet carried out.
+    bool isNextUndo(const QUuid &token) const;
+    // The caller carries out the handler under `token` itself: the stacks will skip it. False
+    // when that handler already ran, by either way, as far as the held steps remember.
+    bool takeOutOfOrder(const QUuid &token);
+
     QString undoActionName() const;
     QString redoActionName() const;
     // "Undo" or "Undo Reset Timer"; likewise "Redo …", for menu items.
@@ -46,9 +54,15 @@ Q_SIGNALS:
     void changed();
 
 private:
+    struct Handler {
+        std::function<void()> run;
+        QUuid token;
+        bool taken = false; // carried out of order already
+    };
     struct Step {
         QString name;
-        std::vector<std::function<void()>> handlers; // run last to first
+        std::vector<Handler> handlers; // run last to first
+        std::vector<QUuid> replayed;   // the tokens whose undo (or redo) made this step
     };
     enum class Mode { normal, undoing, redoing };
     // Runs the top step of `from`; whatever its handlers register becomes one step on the

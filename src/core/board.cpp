@@ -1,6 +1,7 @@
 #include "board.h"
 
 #include "require.h"
+#include "text.h"
 
 #include <algorithm>
 #include <limits>
@@ -30,15 +31,11 @@ uint64_t defaultNameNumber(const QString &name)
     const qsizetype digits = name.size() - kDefaultPrefix.size();
     if (digits < 1 || digits > 19 || !name.startsWith(kDefaultPrefix))
         return 0;
-    uint64_t n = 0;
-    for (qsizetype i = kDefaultPrefix.size(); i < name.size(); ++i) {
-        const char16_t c = name.at(i).unicode();
-        if (c < u'0' || c > u'9')
-            return 0;
-        n = n * 10 + (c - u'0'); // 19 digits cannot overflow 64 bits unsigned
-    }
+    const std::optional<int64_t> n = Text::decimal(QStringView(name).mid(kDefaultPrefix.size()));
     // A leading zero is not how the number would be written, so "Timer 07" is not "Timer 7".
-    return name.at(kDefaultPrefix.size()) == u'0' ? 0 : n;
+    if (!n || name.at(kDefaultPrefix.size()) == u'0')
+        return 0;
+    return uint64_t(*n);
 }
 
 } // namespace
@@ -124,7 +121,7 @@ void Board::toggle(const QUuid &id, Instant now)
     }
 }
 
-std::optional<UndoEntry> Board::reset(const QUuid &id, Instant /*now*/)
+std::optional<UndoEntry> Board::reset(const QUuid &id)
 {
     const auto i = index(id);
     if (!i)
@@ -190,7 +187,7 @@ void Board::setElapsed(const QUuid &id, double seconds, Instant now)
     if (!i)
         return;
     TimerItem &t = timers[*i];
-    t.accumulated = !(seconds >= 0) ? 0.0 : std::min(seconds, double(HMS::maxSeconds));
+    t.accumulated = HMS::clamped(seconds);
     if (t.startedAt)
         t.startedAt = now;
 }
@@ -206,37 +203,11 @@ void Board::pauseAll(Instant now)
     }
 }
 
-void Board::move(const std::set<qsizetype> &fromOffsets, qsizetype toOffset)
+void Board::move(qsizetype from, qsizetype to)
 {
-    if (fromOffsets.empty())
-        return;
     const qsizetype size = timers.size();
-    TOCK_REQUIRE(*fromOffsets.begin() >= 0 && *fromOffsets.rbegin() < size, "move offset outside the board");
-
-    const auto below = static_cast<qsizetype>(std::distance(fromOffsets.begin(), fromOffsets.lower_bound(toOffset)));
-    const qsizetype remaining = size - qsizetype(fromOffsets.size());
-    const qsizetype insertAt = std::clamp<qsizetype>(toOffset - below, 0, remaining);
-
-    QList<TimerItem> block;
-    block.reserve(qsizetype(fromOffsets.size()));
-    for (qsizetype offset : fromOffsets)
-        block.append(std::move(timers[offset]));
-
-    QList<TimerItem> result;
-    result.reserve(size);
-    auto moving = fromOffsets.begin();
-    for (qsizetype i = 0; i < size; ++i) {
-        if (moving != fromOffsets.end() && *moving == i) {
-            ++moving;
-            continue;
-        }
-        if (result.size() == insertAt)
-            result.append(std::move(block));
-        result.append(std::move(timers[i]));
-    }
-    if (result.size() == insertAt)
-        result.append(std::move(block));
-    timers = std::move(result);
+    TOCK_REQUIRE(from >= 0 && from < size && to >= 0 && to < size, "move offset outside the board");
+    timers.move(from, to);
 }
 
 bool Board::commit(const TimeEditDraft &draft, const QUuid &id, Instant now)

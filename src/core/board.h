@@ -12,7 +12,6 @@
 #include <QUuid>
 
 #include <optional>
-#include <set>
 
 namespace tock {
 
@@ -39,7 +38,7 @@ struct Board {
     // Starts a stopped timer; pauses a running one, adding its run uncapped.
     void toggle(const QUuid &id, Instant now);
     // Zeroes and stops the timer; returns how to undo it, or nothing for an unknown id.
-    std::optional<UndoEntry> reset(const QUuid &id, Instant now);
+    std::optional<UndoEntry> reset(const QUuid &id);
     // Removes the timer (`delete` in the design; that word is reserved in C++).
     std::optional<UndoEntry> remove(const QUuid &id);
     // Reverts a reset or deletion, settled against any pause-all since; true if the board changed.
@@ -48,9 +47,9 @@ struct Board {
     void setElapsed(const QUuid &id, double seconds, Instant now);
     // Records the pause (always) and stops every running timer, capped at HMS::maxSeconds.
     void pauseAll(Instant now);
-    // List drag-and-drop convention: the destination is a position before the move. An offset
-    // outside the list stops the program.
-    void move(const std::set<qsizetype> &fromOffsets, qsizetype toOffset);
+    // Moves the timer at index `from` so that it ends up at index `to`. An index outside the
+    // list stops the program.
+    void move(qsizetype from, qsizetype to);
     // Applies a finished time edit: false for an invalid draft, true otherwise; an unchanged draft
     // leaves the board alone so a running timer is not restarted.
     bool commit(const TimeEditDraft &draft, const QUuid &id, Instant now);

@@ -56,24 +56,11 @@ ShellTarget parseTarget(const QString &word)
         return ShellTarget::all();
     if (word.isEmpty())
         return ShellTarget::name(QString());
-    int64_t value = 0;
-    bool negative = false;
-    qsizetype i = 0;
-    if (word[0] == u'+' || word[0] == u'-') {
-        negative = word[0] == u'-';
-        i = 1;
-    }
-    if (i == word.size())
-        return ShellTarget::name(word);
-    for (; i < word.size(); ++i) {
-        const QChar c = word[i];
-        if (c < u'0' || c > u'9' || __builtin_mul_overflow(value, int64_t(10), &value)
-            || __builtin_add_overflow(value, int64_t(c.unicode() - u'0'), &value))
-            return ShellTarget::name(word); // "007x", "1e3", too large for 64 bits
-    }
-    if (negative || value < 1)
-        return ShellTarget::name(word); // "0", "-2" may well be names
-    return ShellTarget::number(value);
+    const bool signed_ = word[0] == u'+' || word[0] == u'-';
+    const std::optional<int64_t> value = Text::decimal(QStringView(word).mid(signed_ ? 1 : 0));
+    if (!value || word[0] == u'-' || *value < 1)
+        return ShellTarget::name(word); // "007x", "1e3", too large for 64 bits; "0", "-2" may be names
+    return ShellTarget::number(*value);
 }
 
 const QStringList &helpText()

@@ -153,6 +153,9 @@ enum class AllowAll { no, yes };
 // "pick one timer, not all", "no timers", "no timer named x" or "ambiguous: A, B".
 QList<QUuid> resolve(const ShellTarget &target, const QList<TimerItem> &timers, AllowAll allowAll);
 
+// The index of the style name `typed` picks, matched like a timer name with spaces standing for
+// '-'. Throws ShellError "no style x — <all names>" or "ambiguous: A, B".
+qsizetype resolveStyle(const QString &typed, const QStringList &styleNames);
 // The line with the word at its end completed (command words, timer names and "all", style
 // names), with a trailing space once the completion is unique; absent when there is nothing to
 // add or the line does not tokenize.

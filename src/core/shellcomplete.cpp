@@ -5,6 +5,38 @@
 
 namespace tock::Shell {
 
+namespace {
+
+// Indexes of the names `typed` picks, compared under full case folding: an exact name alone
+// (even when it also starts others), else every name it is the start of.
+QList<qsizetype> matching(const QString &typed, const QStringList &names)
+{
+    const QString wanted = Text::folded(typed);
+    QStringList folded;
+    folded.reserve(names.size());
+    for (qsizetype i = 0; i < names.size(); ++i) {
+        folded.append(Text::folded(names.at(i)));
+        if (folded.last() == wanted)
+            return {i};
+    }
+    QList<qsizetype> matches;
+    for (qsizetype i = 0; i < folded.size(); ++i) {
+        if (Text::hasPrefix(folded.at(i), wanted))
+            matches.append(i);
+    }
+    return matches;
+}
+
+QString joinedAt(const QStringList &names, const QList<qsizetype> &indexes)
+{
+    QStringList picked;
+    for (const qsizetype i : indexes)
+        picked.append(names.at(i));
+    return picked.join(QStringLiteral(", "));
+}
+
+} // namespace
+
 QList<QUuid> resolve(const ShellTarget &target, const QList<TimerItem> &timers, AllowAll allowAll)
 {
     if (const auto *number = std::get_if<ShellTarget::Number>(&target.value)) {
@@ -25,28 +57,29 @@ QList<QUuid> resolve(const ShellTarget &target, const QList<TimerItem> &timers, 
     }
 
     const QString &typed = std::get<ShellTarget::Name>(target.value).text;
-    const QString wanted = Text::folded(typed);
     QStringList names;
     names.reserve(timers.size());
-    for (const TimerItem &timer : timers) {
-        names.append(Text::folded(timer.name));
-        if (names.last() == wanted)
-            return {timer.id}; // an exact name wins even when it also starts other names
-    }
-    QList<qsizetype> matches;
-    for (qsizetype i = 0; i < names.size(); ++i) {
-        if (Text::hasPrefix(names.at(i), wanted))
-            matches.append(i);
-    }
+    for (const TimerItem &timer : timers)
+        names.append(timer.name);
+    const QList<qsizetype> matches = matching(typed, names);
     if (matches.isEmpty())
         throw ShellError{QStringLiteral("no timer named ") + typed};
-    if (matches.size() > 1) {
-        QStringList stored;
-        for (const qsizetype i : matches)
-            stored.append(timers.at(i).name);
-        throw ShellError{QStringLiteral("ambiguous: ") + stored.join(QStringLiteral(", "))};
-    }
+    if (matches.size() > 1)
+        throw ShellError{QStringLiteral("ambiguous: ") + joinedAt(names, matches)};
     return {timers.at(matches.first()).id};
+}
+
+qsizetype resolveStyle(const QString &typed, const QStringList &styleNames)
+{
+    QString wanted = typed;
+    wanted.replace(QLatin1Char(' '), QLatin1Char('-')); // "neo classic" is neo-classic
+    const QList<qsizetype> matches = matching(wanted, styleNames);
+    if (matches.isEmpty())
+        throw ShellError{QStringLiteral("no style ") + typed + QStringLiteral(" \u2014 ")
+                         + styleNames.join(QStringLiteral(", "))};
+    if (matches.size() > 1)
+        throw ShellError{QStringLiteral("ambiguous: ") + joinedAt(styleNames, matches)};
+    return matches.first();
 }
 
 qsizetype rawLength(const QString &line)

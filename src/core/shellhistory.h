@@ -11,9 +11,13 @@ namespace tock {
 
 class ShellHistory {
 public:
+    static constexpr qsizetype defaultLimit = 50;
+    // Where the application keeps the entries between runs.
+    static QString settingsKey() { return QStringLiteral("shellHistory"); }
+
     // Keeps the last `limit` of entries as given (they are trusted: the app saved them from
     // entries()); limit must not be negative. Not browsing, empty draft.
-    explicit ShellHistory(QStringList entries = {}, qsizetype limit = 50);
+    explicit ShellHistory(QStringList entries = {}, qsizetype limit = defaultLimit);
 
     const QStringList &entries() const { return m_entries; }
     qsizetype limit() const { return m_limit; }

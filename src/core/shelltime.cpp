@@ -22,22 +22,6 @@ bool isAsciiDigit(QStringView character)
     return character.size() == 1 && character[0] >= u'0' && character[0] <= u'9';
 }
 
-// Absent for empty text, any non-ASCII-digit (Arabic-Indic digits included) or 64-bit overflow.
-std::optional<int64_t> digits(QStringView text)
-{
-    if (text.isEmpty())
-        return std::nullopt;
-    int64_t value = 0;
-    for (const QChar c : text) {
-        if (c < u'0' || c > u'9')
-            return std::nullopt;
-        if (__builtin_mul_overflow(value, int64_t(10), &value)
-            || __builtin_add_overflow(value, int64_t(c.unicode() - u'0'), &value))
-            return std::nullopt;
-    }
-    return value;
-}
-
 ShellError notATime(const QString &word)
 {
     return ShellError{QStringLiteral("not a time: ") + word};
@@ -64,7 +48,7 @@ int64_t colonTotal(const QStringList &pieces, const QString &word)
         throw notATime(word);
     std::array<int64_t, 4> values{};
     for (qsizetype i = 0; i < pieces.size(); ++i) {
-        const std::optional<int64_t> value = digits(pieces.at(i));
+        const std::optional<int64_t> value = Text::decimal(pieces.at(i));
         if (!value)
             throw notATime(word);
         values[size_t(pieces.size() - 1 - i)] = *value; // index 0 is the rightmost piece
@@ -91,7 +75,7 @@ int64_t unitTotal(const QStringList &characters, const QString &word)
         }
         if (pending.isEmpty())
             throw notATime(word); // a unit with no number: "h", "m5"
-        const std::optional<int64_t> number = digits(pending);
+        const std::optional<int64_t> number = Text::decimal(pending);
         if (!number)
             throw tooLong();
         int64_t weight = 0;
@@ -143,7 +127,7 @@ ShellTime parseTime(const QString &word)
                 pieces.last() += c;
         }
         total = colonTotal(pieces, word);
-    } else if (const std::optional<int64_t> seconds = digits(text)) {
+    } else if (const std::optional<int64_t> seconds = Text::decimal(text)) {
         total = *seconds; // "90" is ninety seconds
     } else if (std::all_of(characters.cbegin(), characters.cend(),
                            [](const QString &c) { return isAsciiDigit(c); })) {

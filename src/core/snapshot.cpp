@@ -43,8 +43,8 @@ QString typeName(const QJsonValue &v)
 
 [[noreturn]] void wrongType(const QString &path, const char *expected, const QJsonValue &found)
 {
-    throw JsonError{QStringLiteral("%1 should be %2 but is %3")
-                        .arg(path, QLatin1String(expected), typeName(found))};
+    throw StoreError::invalidContent(QStringLiteral("%1 should be %2 but is %3")
+                        .arg(path, QLatin1String(expected), typeName(found)));
 }
 
 // Reads the members of one JSON object, naming the full path of anything missing or mistyped.
@@ -56,7 +56,7 @@ public:
     {
         const QJsonValue v = object_.value(QLatin1String(key));
         if (v.isUndefined())
-            throw JsonError{QStringLiteral("%1 is missing").arg(name(key))};
+            throw StoreError::invalidContent(QStringLiteral("%1 is missing").arg(name(key)));
         return v;
     }
     QString string(const char *key) const
@@ -82,8 +82,8 @@ public:
         // different fallbacks so that a genuine value equal to one of them is still accepted.
         const qint64 a = v.toInteger(0), b = v.toInteger(1);
         if (a != b)
-            throw JsonError{QStringLiteral("%1 should be a whole number that fits in 64 bits but is %2")
-                                .arg(name(key), QString::number(v.toDouble(), 'g', 17))};
+            throw StoreError::invalidContent(QStringLiteral("%1 should be a whole number that fits in 64 bits but is %2")
+                                .arg(name(key), QString::number(v.toDouble(), 'g', 17)));
         return a;
     }
     bool boolean(const char *key) const
@@ -129,9 +129,9 @@ QDateTime parseDate(const QString &text, const QString &path)
     if (form.match(text).hasMatch())
         date = QDateTime::fromString(text, Qt::ISODate);
     if (!date.isValid())
-        throw JsonError{QStringLiteral("%1 should be an ISO 8601 date-time such as "
+        throw StoreError::invalidContent(QStringLiteral("%1 should be an ISO 8601 date-time such as "
                                        "2026-11-15T19:53:23Z but is \"%2\"")
-                            .arg(path, text)};
+                            .arg(path, text));
     return date.toUTC();
 }
 
@@ -140,7 +140,7 @@ QUuid parseUuid(const QString &text, const QString &path)
     static const QRegularExpression form(QStringLiteral(
         "^[0-9A-Fa-f]{8}-[0-9A-Fa-f]{4}-[0-9A-Fa-f]{4}-[0-9A-Fa-f]{4}-[0-9A-Fa-f]{12}$"));
     if (!form.match(text).hasMatch())
-        throw JsonError{QStringLiteral("%1 should be a UUID but is \"%2\"").arg(path, text)};
+        throw StoreError::invalidContent(QStringLiteral("%1 should be a UUID but is \"%2\"").arg(path, text));
     return QUuid::fromString(text);
 }
 
@@ -173,12 +173,12 @@ Board Snapshot::board() const
 QByteArray Snapshot::encoded() const
 {
     if (!savedAt.isValid())
-        throw JsonError{QStringLiteral("\"savedAt\" is not a valid date-time")};
+        throw StoreError::invalidContent(QStringLiteral("\"savedAt\" is not a valid date-time"));
     QJsonArray entries;
     for (qsizetype i = 0; i < timers.size(); ++i) {
         const Entry &e = timers.at(i);
         if (!std::isfinite(e.seconds))
-            throw JsonError{QStringLiteral("\"timers\"[%1] \"seconds\" is not a finite number").arg(i)};
+            throw StoreError::invalidContent(QStringLiteral("\"timers\"[%1] \"seconds\" is not a finite number").arg(i));
         entries.append(QJsonObject{
             {QStringLiteral("id"), e.id.toString(QUuid::WithoutBraces).toUpper()},
             {QStringLiteral("name"), e.name},
@@ -203,9 +203,9 @@ Snapshot Snapshot::decode(const QByteArray &data)
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(data, &parseError);
     if (parseError.error != QJsonParseError::NoError)
-        throw JsonError{QStringLiteral("%1 at byte %2").arg(parseError.errorString()).arg(parseError.offset)};
+        throw StoreError::invalidContent(QStringLiteral("%1 at byte %2").arg(parseError.errorString()).arg(parseError.offset));
     if (!document.isObject())
-        throw JsonError{QStringLiteral("the document should be an object but is an array")};
+        throw StoreError::invalidContent(QStringLiteral("the document should be an object but is an array"));
 
     const Reader root(document.object(), QString());
     Snapshot s;

@@ -43,12 +43,12 @@ struct Snapshot {
     // Every timer paused (whatever wasRunning says), negative seconds as 0, empty pauseHistory.
     Board board() const;
 
-    // Pretty-printed JSON with keys sorted; "style" left out when absent. Throws JsonError for a
+    // Pretty-printed JSON with keys sorted; "style" left out when absent. Throws StoreError::invalidContent for a
     // value JSON cannot carry (an invalid savedAt, a non-finite number), which a snapshot built
     // from a board never has.
     QByteArray encoded() const;
 
-    // Throws JsonError for bad syntax, a missing key or a wrong type; then, in this order,
+    // Throws StoreError::invalidContent for bad syntax, a missing key or a wrong type; then, in this order,
     // StoreError::invalidContent "Unsupported file format <n>" for a foreign format or app tag,
     // and "Implausible timer values" for a time outside 0...HMS::maxSeconds or a repeated id.
     // Unknown keys are ignored.

@@ -93,9 +93,6 @@ Store::LoadResult Store::load()
         } catch (const FileSystemError &e) {
             reject(e.reason);
             continue;
-        } catch (const JsonError &e) {
-            reject(e.description);
-            continue;
         } catch (const StoreError &e) {
             reject(e.description());
             continue;
@@ -254,8 +251,8 @@ void Store::write(const Snapshot &snapshot, BlockPolicy policy)
     QByteArray data;
     try {
         data = snapshot.encoded();
-    } catch (const JsonError &e) {
-        throw StoreError::io(QStringLiteral("Could not encode the timers: %1").arg(e.description));
+    } catch (const StoreError &e) {
+        throw StoreError::io(QStringLiteral("Could not encode the timers: %1").arg(e.description()));
     }
     const QString temporary = directory_ + QStringLiteral("/.timers.json.%1.tmp").arg(::getpid());
     replaceAtomically(temporary, mainPath(), data, mainPath());
@@ -280,8 +277,6 @@ void Store::rotateBackups()
         current = fm_->read(mainPath());
         Snapshot::decode(current);
     } catch (const FileSystemError &) {
-        return;
-    } catch (const JsonError &) {
         return;
     } catch (const StoreError &) {
         return;

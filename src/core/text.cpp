@@ -33,10 +33,22 @@ QString folded(const QString &s)
     return s.toLower().normalized(QString::NormalizationForm_C);
 }
 
-bool canonicallyEqual(const QString &a, const QString &b)
+std::optional<int64_t> decimal(QStringView digits)
 {
-    return a == b
-        || a.normalized(QString::NormalizationForm_C) == b.normalized(QString::NormalizationForm_C);
+    if (digits.isEmpty())
+        return std::nullopt;
+    int64_t value = 0;
+    for (const QChar c : digits) {
+        if (c < u'0' || c > u'9' || __builtin_mul_overflow(value, int64_t(10), &value)
+            || __builtin_add_overflow(value, int64_t(c.unicode() - u'0'), &value))
+            return std::nullopt;
+    }
+    return value;
+}
+
+QString quoted(const QString &name)
+{
+    return QStringLiteral("\u201C") + name + QStringLiteral("\u201D");
 }
 
 bool hasPrefix(const QString &s, const QString &prefix)

@@ -9,6 +9,9 @@
 #include <QStringView>
 #include <QTextBoundaryFinder>
 
+#include <cstdint>
+#include <optional>
+
 namespace tock::Text {
 
 // The grapheme clusters of s, in order; empty for empty s. Joined they give s back.
@@ -34,8 +37,11 @@ QString dropLastGraphemes(const QString &s, qsizetype n);
 // can be compared with plain equality.
 QString folded(const QString &s);
 
-// Equality under canonical equivalence (exact otherwise: case matters).
-bool canonicallyEqual(const QString &a, const QString &b);
+// The value of plain ASCII decimal digits (no sign, no spaces, other scripts' digits refused);
+// absent for empty text or a value beyond 64 bits.
+std::optional<int64_t> decimal(QStringView digits);
+// A name as messages quote it: between curly double quotes.
+QString quoted(const QString &name);
 
 // True when prefix, under canonical equivalence, is the beginning of s and ends on one of s's
 // grapheme boundaries (so "x" is not a prefix of "x" followed by a combining accent). Exact

@@ -1,5 +1,7 @@
 #include "timeedit.h"
 
+#include "text.h"
+
 namespace tock {
 
 namespace {
@@ -64,15 +66,12 @@ std::optional<int64_t> TimeFields::value(TimeField field, const QString &text)
 {
     if (text.size() > maxDigits(field))
         return std::nullopt;
-    int64_t v = 0;
-    for (QChar c : text) {
-        if (!isAsciiDigit(c))
-            return std::nullopt;
-        v = v * 10 + (c.unicode() - u'0');
-    }
-    if (v > maxValue(field))
+    if (text.isEmpty())
+        return 0;
+    const std::optional<int64_t> v = Text::decimal(text);
+    if (!v || *v > maxValue(field))
         return std::nullopt;
-    return v; // the empty text counts as 0
+    return v;
 }
 
 void MaskCursor::focus(TimeField f)

@@ -20,6 +20,9 @@ struct TimerItem {
     std::optional<Instant> startedAt; // present exactly while running
 
     bool isRunning() const { return startedAt.has_value(); }
+    // The name as lists and messages show it: "Untitled" for an empty one.
+    QString displayName() const { return name.isEmpty() ? untitled() : name; }
+    static QString untitled() { return QStringLiteral("Untitled"); }
     // accumulated + max(0, now - startedAt) while running, capped at HMS::maxSeconds.
     double elapsed(Instant now) const;
 

@@ -9,9 +9,7 @@ namespace tock {
 
 HMS HMS::fromTotalSeconds(double t)
 {
-    // The negated comparison also sends NaN to 0; +infinity is capped like any large value.
-    const double clamped = !(t >= 0) ? 0.0 : std::min(t, double(maxSeconds));
-    const auto n = static_cast<int64_t>(std::floor(clamped));
+    const auto n = static_cast<int64_t>(std::floor(clamped(t)));
     return {n / 3600, (n % 3600) / 60, n % 60};
 }
 
@@ -64,9 +62,7 @@ QString TimeFormat::string(double seconds)
 
 int64_t DisplayClock::wholeSeconds(double elapsed)
 {
-    if (!(elapsed >= 0))
-        return 0;
-    return static_cast<int64_t>(std::floor(std::min(elapsed, double(HMS::maxSeconds))));
+    return static_cast<int64_t>(std::floor(HMS::clamped(elapsed)));
 }
 
 int64_t DisplayClock::advance(std::optional<int64_t> shown, int64_t exact)

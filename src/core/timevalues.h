@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 
@@ -22,6 +23,8 @@ struct HMS {
 
     // NaN and negatives give 0, the rest is capped at maxSeconds and rounded down.
     static HMS fromTotalSeconds(double t);
+    // 0 for negative values and NaN, maxSeconds for anything larger (infinity included).
+    static double clamped(double seconds) { return !(seconds >= 0) ? 0.0 : std::min(seconds, double(maxSeconds)); }
 
     // hours * 3600 + minutes * 60 + seconds; overflow is a programming error.
     int64_t totalSeconds() const;

@@ -1,5 +1,7 @@
 #include "undoentry.h"
 
+#include "text.h"
+
 namespace tock {
 
 const TimerItem &UndoEntry::timer() const
@@ -9,11 +11,6 @@ const TimerItem &UndoEntry::timer() const
     return std::get<Delete>(value).item;
 }
 
-int64_t UndoEntry::epoch() const
-{
-    return std::visit([](const auto &v) { return v.epoch; }, value);
-}
-
 QString UndoEntry::actionName() const
 {
     return isReset() ? QStringLiteral("Reset Timer") : QStringLiteral("Delete Timer");
@@ -21,11 +18,9 @@ QString UndoEntry::actionName() const
 
 QString UndoEntry::message() const
 {
-    const QString &name = timer().name;
-    const QString shown = name.isEmpty() ? QStringLiteral("Untitled") : name;
     // The two wordings differ on purpose: "Reset" reads as the action, "Deleted" as its result.
     const QString verb = isReset() ? QStringLiteral("Reset") : QStringLiteral("Deleted");
-    return verb + QStringLiteral(" \u201C") + shown + QStringLiteral("\u201D");
+    return verb + QLatin1Char(' ') + Text::quoted(timer().displayName());
 }
 
 } // namespace tock

@@ -37,7 +37,6 @@ struct UndoEntry {
     bool isReset() const { return std::holds_alternative<Reset>(value); }
     // The timer the entry is about (before for a reset, item for a deletion).
     const TimerItem &timer() const;
-    int64_t epoch() const;
 
     // "Reset Timer" / "Delete Timer".
     QString actionName() const;

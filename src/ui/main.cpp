@@ -1,52 +1,95 @@
-// The tock executable. Until the window exists it runs without one: the self-check, the
-// terminal mode, and the parsing of the window's tool switches.
+// The tock executable: the window by default, the terminal with --shell, the self-check with
+// --selftest and still renders with --screenshots. Only the modes that draw create a GUI
+// application, so the terminal and the self-check run without any display.
 #include "selftest.h"
 #include "startup.h"
+#include "store.h"
 #include "terminal.h"
 #ifdef TOCK_WITH_UI
 #include "fontloader.h"
+#include "screenshots.h"
+#include "windowapp.h"
+
+#include <QApplication>
 #endif
 
 #include <QCoreApplication>
 #include <QTextStream>
 
+#include <memory>
+
 namespace {
 
 int notYetBuilt(const QString &mode)
 {
-    QTextStream(stdout) << mode << " comes with the window, which this build does not have yet\n";
+    QTextStream(stdout) << mode << " comes in a later build\n";
     return 0;
+}
+
+void nameApplication()
+{
+    QCoreApplication::setOrganizationName(QStringLiteral("Tock"));
+    QCoreApplication::setApplicationName(QStringLiteral("Tock"));
+}
+
+QStringList argumentsOf(int argc, char **argv)
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    return arguments;
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    QCoreApplication application(argc, argv);
-    QCoreApplication::setOrganizationName(QStringLiteral("Tock"));
-    QCoreApplication::setApplicationName(QStringLiteral("Tock"));
+    const tock::StartupMode mode = tock::StartupMode::parse(argumentsOf(argc, argv));
+    const bool windowless = std::holds_alternative<tock::StartupMode::SelfTest>(mode.value)
+                         || std::holds_alternative<tock::StartupMode::Shell>(mode.value);
 #ifdef TOCK_WITH_UI
-    // Before any mode draws; a windowless application object has no fonts and skips this.
-    tock::FontLoader::registerBundledFonts();
+    if (!windowless) {
+        if (std::holds_alternative<tock::StartupMode::Screenshots>(mode.value)) {
+            // Still renders need no screen; without one they draw offscreen.
+            if (tock::displayMissing())
+                qputenv("QT_QPA_PLATFORM", "offscreen");
+        } else if (std::holds_alternative<tock::StartupMode::Normal>(mode.value) && tock::displayMissing()) {
+            QTextStream(stderr) << tock::noDisplayMessage() << '\n';
+            return 1;
+        }
+        QApplication application(argc, argv);
+        nameApplication();
+        tock::FontLoader::registerBundledFonts();
+        return std::visit(
+            [](const auto &m) -> int {
+                using M = std::decay_t<decltype(m)>;
+                if constexpr (std::is_same_v<M, tock::StartupMode::Bench>) {
+                    return notYetBuilt(QStringLiteral("the rendering benchmark"));
+                } else if constexpr (std::is_same_v<M, tock::StartupMode::FlipDemo>) {
+                    return notYetBuilt(QStringLiteral("the split-flap demonstration"));
+                } else if constexpr (std::is_same_v<M, tock::StartupMode::Screenshots>) {
+                    QTextStream err(stderr);
+                    return tock::Screenshots::writeAll(m.directory, err);
+                } else {
+                    return tock::runWindow(tock::Store::defaultDirectory());
+                }
+            },
+            mode.value);
+    }
 #endif
-
-    const tock::StartupMode mode = tock::StartupMode::parse(QCoreApplication::arguments().mid(1));
+    QCoreApplication application(argc, argv);
+    nameApplication();
     return std::visit(
         [](const auto &m) -> int {
             using M = std::decay_t<decltype(m)>;
-            if constexpr (std::is_same_v<M, tock::StartupMode::Bench>) {
-                return notYetBuilt(QStringLiteral("the rendering benchmark"));
-            } else if constexpr (std::is_same_v<M, tock::StartupMode::FlipDemo>) {
-                return notYetBuilt(QStringLiteral("the split-flap demonstration"));
-            } else if constexpr (std::is_same_v<M, tock::StartupMode::Screenshots>) {
-                return notYetBuilt(QStringLiteral("the screenshot writer"));
-            } else if constexpr (std::is_same_v<M, tock::StartupMode::SelfTest>) {
+            if constexpr (std::is_same_v<M, tock::StartupMode::SelfTest>) {
                 QTextStream out(stdout);
                 return tock::SelfTest::run(out);
             } else if constexpr (std::is_same_v<M, tock::StartupMode::Shell>) {
                 return tock::runTerminal(m.lines);
             } else {
-                return tock::runTerminal({}); // the window's place, for now
+                // A build without widgets keeps the terminal as its only interface.
+                return tock::runTerminal({});
             }
         },
         mode.value);

@@ -1,6 +1,6 @@
 // The once-a-second tick, the shown seconds and the saving cadence, against a real store in a
 // temporary folder. Virtual time throughout.
-#include "modelfixture.h"
+#include "modeltest.h"
 
 #include "timevalues.h"
 
@@ -44,21 +44,21 @@ private Q_SLOTS:
         SignalCounter counter(f.model.get());
         f.advance(1);
         QCOMPARE(f.m().displayTick()->tick(), 4);
-        QCOMPARE(f.m().shownValue(f.id(0)), 4);
-        QCOMPARE(f.m().shownValue(f.id(1)), 1);
+        QCOMPARE(ModelProbe::shownValue(f.m(), f.id(0)), 4);
+        QCOMPARE(ModelProbe::shownValue(f.m(), f.id(1)), 1);
         QCOMPARE(counter.emitted(), QStringList()); // the tick changes nothing else
 
         f.v.clock->advance(2); // one late wake-up: a small lag is made up a second at a time
-        f.m().onTick();
-        QCOMPARE(f.m().shownValue(f.id(0)), 5);
+        ModelProbe::tick(f.m());
+        QCOMPARE(ModelProbe::shownValue(f.m(), f.id(0)), 5);
         f.v.clock->advance(3); // a large one jumps
-        f.m().onTick();
-        QCOMPARE(f.m().shownValue(f.id(0)), 9);
+        ModelProbe::tick(f.m());
+        QCOMPARE(ModelProbe::shownValue(f.m(), f.id(0)), 9);
         QCOMPARE(f.m().displayTick()->tick(), 6);
 
         f.m().pauseAll();
         QCOMPARE(f.v.scheduler->repeatingCount(), 0);
-        QVERIFY(!f.m().shownValue(f.id(0)));
+        QVERIFY(!ModelProbe::shownValue(f.m(), f.id(0)));
         f.advance(5);
         QCOMPARE(f.m().displayTick()->tick(), 6);
     }
@@ -69,10 +69,10 @@ private Q_SLOTS:
         f.m().toggle(f.id(0));
         f.advance(2);
         f.set(0, 100); // the shown value goes stale on any edit
-        QVERIFY(!f.m().shownValue(f.id(0)));
+        QVERIFY(!ModelProbe::shownValue(f.m(), f.id(0)));
         QCOMPARE(f.m().displayedSeconds(f.id(0)), 100);
         f.advance(1);
-        QCOMPARE(f.m().shownValue(f.id(0)), 101);
+        QCOMPARE(ModelProbe::shownValue(f.m(), f.id(0)), 101);
         f.v.clock->advance(3.5); // no tick yet: the display keeps its second
         QCOMPARE(f.m().displayedSeconds(f.id(0)), 101);
         f.m().toggle(f.id(0));
@@ -82,7 +82,7 @@ private Q_SLOTS:
         f.m().toggle(f.id(1));
         const qint64 ticks = f.m().displayTick()->tick();
         f.advance(1);
-        QCOMPARE(f.m().shownValue(f.id(1)), HMS::maxSeconds);
+        QCOMPARE(ModelProbe::shownValue(f.m(), f.id(1)), HMS::maxSeconds);
         f.advance(5); // capped: no redraw while no shown value changes
         QCOMPARE(f.m().displayTick()->tick(), ticks + 1);
     }
@@ -94,12 +94,12 @@ private Q_SLOTS:
         f.m().setWindowVisible(false);
         f.advance(3.5);
         QCOMPARE(f.m().displayTick()->tick(), 0);
-        QCOMPARE(f.m().shownValue(f.id(0)), 3);
+        QCOMPARE(ModelProbe::shownValue(f.m(), f.id(0)), 3);
         QCOMPARE(f.saved()->timers.at(0).seconds, 3.0); // and saving
         f.m().setWindowVisible(true);
         f.advance(0.5);
         QCOMPARE(f.m().displayTick()->tick(), 1);
-        QCOMPARE(f.m().shownValue(f.id(0)), 4);
+        QCOMPARE(ModelProbe::shownValue(f.m(), f.id(0)), 4);
     }
 
     void aBurstOfChangesIsOneSave()
@@ -122,13 +122,13 @@ private Q_SLOTS:
         const Instant start = f.v.clock->now();
         f.m().toggle(f.id(0));
         f.advance(1); // the debounced save at 0.3; the tick at 1.0 is too soon after it
-        QVERIFY(qFuzzyCompare(f.m().lastSave(), start + 0.3));
+        QVERIFY(qFuzzyCompare(ModelProbe::lastSave(f.m()), start + 0.3));
         f.advance(1);
-        QCOMPARE(f.m().lastSave(), start + 2);
+        QCOMPARE(ModelProbe::lastSave(f.m()), start + 2);
         QCOMPARE(f.saved()->timers.at(0).seconds, 2.0);
         QVERIFY(f.saved()->timers.at(0).wasRunning);
         f.advance(1);
-        QCOMPARE(f.m().lastSave(), start + 3);
+        QCOMPARE(ModelProbe::lastSave(f.m()), start + 3);
         f.v.clock->advance(0.75);
         f.m().pauseAll();
         QCOMPARE(f.saved()->timers.at(0).seconds, 3.75);
@@ -156,16 +156,16 @@ private Q_SLOTS:
         f.m().toggle(f.id(0));
         f.advance(1);
         QCOMPARE(f.m().notice(), StorageNotice::saveFailed(expected));
-        QVERIFY(qFuzzyCompare(f.m().lastSave(), start + 0.3)); // advances on failure too
+        QVERIFY(qFuzzyCompare(ModelProbe::lastSave(f.m()), start + 0.3)); // advances on failure too
         f.advance(1);
-        QCOMPARE(f.m().lastSave(), start + 2);
+        QCOMPARE(ModelProbe::lastSave(f.m()), start + 2);
         QVERIFY(QFile::remove(folder));
         f.advance(1);
         QVERIFY(!f.m().notice());
         QCOMPARE(f.saved()->timers.at(0).seconds, 3.0);
 
         ModelFixture other(WithStore::yes, {"A"}, StorageNotice::recovered("timers-1.json"));
-        other.m().save(); // success clears only its own kind of notice
+        other.m().retrySave(); // success clears only its own kind of notice
         QCOMPARE(other.m().notice(), StorageNotice::recovered("timers-1.json"));
     }
 
@@ -191,7 +191,7 @@ private Q_SLOTS:
                  "Tock data folder, then press Retry.");
         QCOMPARE(readFile(folder + "/timers.json"), QByteArray("{ damaged")); // kept for the archive
         QVERIFY(QFile::remove(folder + "/Damaged"));
-        f.m().save(); // the banner's Retry
+        f.m().retrySave(); // the banner's Retry
         QVERIFY(!f.m().notice());
         QCOMPARE(f.saved()->timers.at(0).name, QStringLiteral("Renamed"));
         QCOMPARE(QDir(folder + "/Damaged").entryList(QDir::Files).size(), 1);
@@ -218,11 +218,12 @@ private Q_SLOTS:
             QString::fromUtf8("The unreadable files will be moved to a folder named “Unreadable-…” inside the "
                               "Tock data folder. Nothing is deleted."),
             "Start Fresh", "Cancel"};
-        *f.v.answer = false;
+        QCOMPARE(AppModel::startFreshQuestion(), question);
+        f.confirmStartFresh = false;
         f.m().startFreshAfterUnreadable();
-        QCOMPARE(*f.v.confirmations, QList<Confirmation>{question});
+        QCOMPARE(f.startFreshQuestions, 1);
         QCOMPARE(readFile(folder + "/timers.json"), QByteArray("[]"));
-        *f.v.answer = true;
+        f.confirmStartFresh = true;
         f.m().startFreshAfterUnreadable();
         QVERIFY(!f.m().notice());
         QCOMPARE(f.saved()->timers.at(0).name, QStringLiteral("Timer 1")); // saved at once

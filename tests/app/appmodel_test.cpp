@@ -1,6 +1,6 @@
 // The model's actions and interface state: the edit mask around commits, swipes, zoom,
 // settings, names and the storage banner texts. Everything runs in virtual time.
-#include "modelfixture.h"
+#include "modeltest.h"
 
 using namespace tock;
 
@@ -34,7 +34,7 @@ private Q_SLOTS:
         f.make(ModelFixture::board({"A"}));
         QCOMPARE(f.m().zoom(), 1.4);
         QCOMPARE(f.m().style(), StyleID::amber);
-        QCOMPARE(f.m().history().entries(), (QStringList{"add", "ls"}));
+        QCOMPARE(ModelProbe::history(f.m()).entries(), (QStringList{"add", "ls"}));
         f.make(ModelFixture::board({"A"}), std::nullopt, StyleID::flap); // explicit wins
         QCOMPARE(f.m().style(), StyleID::flap);
         s.setValue("style", "no-such-style");
@@ -65,7 +65,7 @@ private Q_SLOTS:
         QCOMPARE(f.m().zoom(), 1.0);
         f.m().toggle(f.id(0));
         QVERIFY(f.timer(0).isRunning());
-        QVERIFY(!f.m().isTicking());
+        QVERIFY(!ModelProbe::isTicking(f.m()));
         f.m().setStyle(StyleID::gameboy);
         f.m().zoomIn();
         f.m().rename(f.id(1), "X");
@@ -170,7 +170,7 @@ private Q_SLOTS:
         QList<QUuid> ids;
         for (int i : indexes)
             ids << (i < 0 ? QUuid::createUuid() : f.id(i));
-        QTEST(f.m().names(ids), "expected");
+        QTEST(ModelProbe::names(f.m(), ids), "expected");
     }
 
     // What each way of leaving an open time edit on A does with a valid (1 min) or invalid entry.
@@ -211,7 +211,7 @@ private Q_SLOTS:
         else if (action == "other row")
             f.m().beginEdit(f.id(1));
         else if (action == "name click")
-            QCOMPARE(f.m().canBeginEditingName(), !stillOpen);
+            QCOMPARE(f.m().commitEditForNameClick(), !stillOpen);
         else if (action == "toggle")
             f.m().toggle(a);
         else if (action == "same row")
@@ -227,7 +227,7 @@ private Q_SLOTS:
             QCOMPARE(f.m().draft(), draftOf(draft));
             QVERIFY(!f.m().nameFocusID());
         }
-        QTEST(*f.v.beeps, "beeps");
+        QTEST(f.beeps, "beeps");
         QTEST(int(f.m().board().timers.size()), "count");
         if (action != "delete")
             QTEST(f.m().board().timer(a)->elapsed(f.v.clock->now()), "elapsed");

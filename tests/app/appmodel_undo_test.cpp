@@ -1,6 +1,6 @@
 // Undo, redo and toasts: the menu path and the toast path share one history, and a toast undoes
 // exactly its own action whatever lies above it.
-#include "modelfixture.h"
+#include "modeltest.h"
 
 using namespace tock;
 
@@ -64,7 +64,7 @@ private Q_SLOTS:
         else
             f.m().reset(f.id(1));
         const Board afterNewer = f.m().board();
-        f.m().showToast(old); // the older toast is the one on screen
+        ModelProbe::showToast(f.m(), old); // the older toast is the one on screen
         f.m().undoToast();
         QVERIFY(!f.m().toast());
         QCOMPARE(f.m().board().timer(a)->elapsed(0), 100.0);
@@ -106,11 +106,10 @@ private Q_SLOTS:
         ModelFixture f;
         f.set(0, 100);
         f.m().reset(f.id(0));
-        const Toast toast = *f.m().toast();
         f.undo.undo();
-        QVERIFY(!f.m().toast());
+        QVERIFY(!f.m().toast()); // the menu's undo takes the toast with it
         f.set(0, 7);
-        f.m().performUndo(toast.entry, toast.token);
+        f.m().undoToast();
         QCOMPARE(f.elapsed(0), 7.0);
     }
 
@@ -147,7 +146,7 @@ private Q_SLOTS:
         // Restored as it was, but stopped at the pause-all: no time while everything was paused.
         QVERIFY(!f.timer(0).isRunning());
         QCOMPARE(f.elapsed(0), 13.0);
-        QVERIFY(!f.m().isTicking());
+        QVERIFY(!ModelProbe::isTicking(f.m()));
     }
 
     // Also: a deleted running timer never stops counting, through undo, redo and undo again.
@@ -160,11 +159,11 @@ private Q_SLOTS:
         for (const QUuid &id : {f.id(0), f.id(1), f.id(2)})
             f.m().deleteTimer(id);
         f.undo.endGrouping();
-        QVERIFY(!f.m().isTicking());
+        QVERIFY(!ModelProbe::isTicking(f.m()));
         f.undo.undo();
         QCOMPARE(f.names(), (QStringList{"A", "B", "C"}));
         QVERIFY(f.timer(1).isRunning());
-        QVERIFY(f.m().isTicking());
+        QVERIFY(ModelProbe::isTicking(f.m()));
         QVERIFY(!f.m().toast());
         QVERIFY(!f.undo.canUndo());
         f.undo.redo();
@@ -173,20 +172,6 @@ private Q_SLOTS:
         f.undo.undo();
         QCOMPARE(f.names(), (QStringList{"A", "B", "C"}));
         QCOMPARE(f.elapsed(1), 10.0);
-    }
-
-    void toastsWorkWithoutAnUndoManager()
-    {
-        ModelFixture f(WithStore::no);
-        auto *manager = new UndoManager;
-        f.m().setUndoManager(manager);
-        f.m().deleteTimer(f.id(0));
-        delete manager; // held weakly
-        QVERIFY(!f.m().undoManager());
-        f.m().undoToast(); // the direct path
-        QCOMPARE(f.names(), (QStringList{"A", "B", "C"}));
-        f.m().moveTimer(f.id(0), 2); // undoable moves still move
-        QCOMPARE(f.names(), (QStringList{"B", "C", "A"}));
     }
 
     void toastLivesTwelveSecondsAndANewerOneKeepsItsFullTime()

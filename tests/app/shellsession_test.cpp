@@ -8,7 +8,7 @@
 #include "text.h"
 #include "timevalues.h"
 #include "undomanager.h"
-#include "virtualservices.h"
+#include "modeltest.h"
 
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -22,6 +22,8 @@ struct Session {
     VirtualServices virt;
     UndoManager undo;
     std::unique_ptr<AppModel> model;
+    int beeps = 0;
+    int exits = 0;
 
     // "Deep work" 100 s paused, "Design" running from now, "Email" one hour paused; style amber.
     explicit Session(std::shared_ptr<Store> store = {})
@@ -33,8 +35,9 @@ struct Session {
         board.timers.last().startedAt = virt.clock->now();
         board.add(QStringLiteral("Email"));
         board.timers.last().accumulated = 3600;
-        model = std::make_unique<AppModel>(std::move(store), board, StyleID::amber, std::nullopt, virt.services());
-        model->setUndoManager(&undo);
+        model = std::make_unique<AppModel>(std::move(store), board, StyleID::amber, std::nullopt, virt.services(), undo);
+        QObject::connect(model.get(), &AppModel::beepRequested, [this] { ++beeps; });
+        QObject::connect(model.get(), &AppModel::exitRequested, [this] { ++exits; });
     }
 
     // The output lines, marked "! " when they report an error.
@@ -123,7 +126,7 @@ private Q_SLOTS:
         QCOMPARE(session.board(), board.isNull() ? start : board);
         QCOMPARE(session.model->style(), style < 0 ? StyleID::amber : StyleID(style));
         QCOMPARE(session.prompt(), "|");
-        QCOMPARE(session.model->history().entries(), QStringList{line});
+        QCOMPARE(ModelProbe::history(*session.model).entries(), QStringList{line});
         QVERIFY(!session.virt.settings->value(QStringLiteral("shellHistory"))); // stored only with a store
         // A change is one undo step even across several timers; adding, naming, starting and pausing are none.
         const bool undoable = !board.isNull() && !QRegularExpression("^(add|new|start|play|pause|toggle|rename)\\b").match(line).hasMatch();
@@ -140,8 +143,6 @@ private Q_SLOTS:
     void sessionEffects()
     {
         Session session;
-        int exits = 0;
-        session.model->setOnExit([&] { ++exits; });
         // Timers started together share one instant.
         session.virt.clock->advance(10);
         session.run(QStringLiteral("start all"));
@@ -151,11 +152,11 @@ private Q_SLOTS:
         // A blank line keeps the last output and is not history; clear empties it; exit calls out.
         session.run(QStringLiteral("rm x"));
         QCOMPARE(session.run(QStringLiteral(" \t ")), QStringList{QStringLiteral("! no timer named x")});
-        QCOMPARE(session.model->history().entries(), QStringList({"start all", "rm x"}));
+        QCOMPARE(ModelProbe::history(*session.model).entries(), QStringList({"start all", "rm x"}));
         QCOMPARE(session.run(QStringLiteral("clear")), QStringList());
         QVERIFY(!session.model->shellOutputIsError());
         session.run(QStringLiteral("quit"));
-        QCOMPARE(exits, 1);
+        QCOMPARE(session.exits, 1);
     }
 
     void preambleRefusesAnInvalidEditAndCommitsAValidOne()
@@ -206,7 +207,7 @@ private Q_SLOTS:
         model.setPrompt(QStringLiteral("s"), 1);
         model.promptComplete(); // nothing fits: a beep
         QCOMPARE(session.prompt(), "s|");
-        QCOMPARE(*session.virt.beeps, 1);
+        QCOMPARE(session.beeps, 1);
     }
 
     void historyBrowsingKeepsTheTypedLine()

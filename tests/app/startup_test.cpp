@@ -169,7 +169,7 @@ private Q_SLOTS:
         AppSession &app = *launch.app;
         QCOMPARE(app.start(), AppSession::Start::started);
         QVERIFY(app.lock().isHeld());
-        QVERIFY(app.model()->undoManager() == app.undoManager());
+        QVERIFY(&app.model()->undoManager() == app.undoManager());
         QCOMPARE(launch.names(), QStringList({"Timer 1", "Timer 2", "Timer 3"}));
         QVERIFY(!app.model()->board().anyRunning() && !app.model()->notice() && !app.startingNotice());
         AppModel &model = *app.model();

@@ -101,16 +101,13 @@ inline QByteArray readFile(const QString &path)
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
-// What `action` threw: a StoreError's description, or "JSON: " and a JsonError's (so a test
-// tells the two apart); empty when it threw nothing.
+// What `action` threw: a StoreError's description; empty when it threw nothing.
 inline QString failure(const std::function<void()> &action)
 {
     try {
         action();
     } catch (const StoreError &e) {
         return e.description();
-    } catch (const JsonError &e) {
-        return QStringLiteral("JSON: ") + e.description;
     }
     return QString();
 }

@@ -75,10 +75,10 @@ private slots:
         QCOMPARE(s.encoded(), expected);
         QCOMPARE(Snapshot::decode(expected), s);
         s.savedAt = QDateTime();
-        QCOMPARE(failure([&] { s.encoded(); }), QStringLiteral("JSON: \"savedAt\" is not a valid date-time"));
+        QCOMPARE(failure([&] { s.encoded(); }), QStringLiteral("\"savedAt\" is not a valid date-time"));
         s = sample(std::nullopt);
         s.timers[1].seconds = std::nan("");
-        QCOMPARE(failure([&] { s.encoded(); }), QStringLiteral("JSON: \"timers\"[1] \"seconds\" is not a finite number"));
+        QCOMPARE(failure([&] { s.encoded(); }), QStringLiteral("\"timers\"[1] \"seconds\" is not a finite number"));
     }
 
     void buildsFromABoardAndBack()
@@ -109,7 +109,7 @@ private slots:
         QTest::addColumn<QByteArray>("data");
         QTest::addColumn<QString>("outcome");
         const QString implausible = QStringLiteral("Implausible timer values");
-        const QString notADate = QStringLiteral("JSON: \"savedAt\" should be an ISO 8601 date-time such as 2026-11-15T19:53:23Z but is ");
+        const QString notADate = QStringLiteral("\"savedAt\" should be an ISO 8601 date-time such as 2026-11-15T19:53:23Z but is ");
         // clang-format off
         QTest::newRow("valid") << document() << "";
         QTest::newRow("hand-edited") << members("\"savedAt\": \"2026-11-15T20:53:23+01:00\", \"style\": null, \"extra\": {\"a\": [1]}, \"timers\": [{\"id\": \"0b6f5c3e-8d1a-4c2b-9e7f-1a2b3c4d5e6f\", \"name\": \"\", \"seconds\": 0, \"wasRunning\": true, \"colour\": \"red\"}]") << "";
@@ -120,18 +120,18 @@ private slots:
         QTest::newRow("format 2") << document("2") << "Unsupported file format 2";
         QTest::newRow("foreign app") << document("1", "\"Tick\"") << "Unsupported file format 1";
         QTest::newRow("format before values") << document("7", "\"Tock\"", "-5") << "Unsupported file format 7";
-        QTest::newRow("format as text") << document("\"1\"") << "JSON: \"format\" should be an integer but is a string";
-        QTest::newRow("fractional format") << document("1.5") << "JSON: \"format\" should be a whole number that fits in 64 bits but is 1.5";
-        QTest::newRow("seconds as text") << document("1", "\"Tock\"", "\"12\"") << "JSON: \"timers\"[0] \"seconds\" should be a number but is a string";
-        QTest::newRow("bad uuid") << document("1", "\"Tock\"", "1", "not-a-uuid") << "JSON: \"timers\"[1] \"id\" should be a UUID but is \"not-a-uuid\"";
-        QTest::newRow("braced uuid") << document("1", "\"Tock\"", "1", "{F0E1D2C3-B4A5-4697-8877-665544332211}") << "JSON: \"timers\"[1] \"id\" should be a UUID but is \"{F0E1D2C3-B4A5-4697-8877-665544332211}\"";
-        QTest::newRow("missing key") << members("\"timers\": []") << "JSON: \"savedAt\" is missing";
+        QTest::newRow("format as text") << document("\"1\"") << "\"format\" should be an integer but is a string";
+        QTest::newRow("fractional format") << document("1.5") << "\"format\" should be a whole number that fits in 64 bits but is 1.5";
+        QTest::newRow("seconds as text") << document("1", "\"Tock\"", "\"12\"") << "\"timers\"[0] \"seconds\" should be a number but is a string";
+        QTest::newRow("bad uuid") << document("1", "\"Tock\"", "1", "not-a-uuid") << "\"timers\"[1] \"id\" should be a UUID but is \"not-a-uuid\"";
+        QTest::newRow("braced uuid") << document("1", "\"Tock\"", "1", "{F0E1D2C3-B4A5-4697-8877-665544332211}") << "\"timers\"[1] \"id\" should be a UUID but is \"{F0E1D2C3-B4A5-4697-8877-665544332211}\"";
+        QTest::newRow("missing key") << members("\"timers\": []") << "\"savedAt\" is missing";
         QTest::newRow("date with fraction") << members("\"savedAt\": \"2026-11-15T19:53:23.5Z\", \"timers\": []") << notADate + "\"2026-11-15T19:53:23.5Z\"";
         QTest::newRow("month 13") << members("\"savedAt\": \"2026-13-15T19:53:23Z\", \"timers\": []") << notADate + "\"2026-13-15T19:53:23Z\"";
-        QTest::newRow("entry not an object") << members("\"savedAt\": \"2026-11-15T19:53:23Z\", \"timers\": [3]") << "JSON: \"timers\"[0] should be an object but is a number";
-        QTest::newRow("style not text") << members("\"savedAt\": \"2026-11-15T19:53:23Z\", \"style\": 3, \"timers\": []") << "JSON: \"style\" should be a string but is a number";
-        QTest::newRow("array document") << QByteArray("[]") << "JSON: the document should be an object but is an array";
-        QTest::newRow("empty file") << QByteArray() << "JSON: illegal value at byte 0";
+        QTest::newRow("entry not an object") << members("\"savedAt\": \"2026-11-15T19:53:23Z\", \"timers\": [3]") << "\"timers\"[0] should be an object but is a number";
+        QTest::newRow("style not text") << members("\"savedAt\": \"2026-11-15T19:53:23Z\", \"style\": 3, \"timers\": []") << "\"style\" should be a string but is a number";
+        QTest::newRow("array document") << QByteArray("[]") << "the document should be an object but is an array";
+        QTest::newRow("empty file") << QByteArray() << "illegal value at byte 0";
         // clang-format on
     }
     void decodeChecks()

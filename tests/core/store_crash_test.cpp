@@ -46,7 +46,6 @@ qint64 recognise(const QByteArray &data, qint64 lastRun)
         if (n >= 0 && n < (lastRun + 1) * numbersPerRun && s == numbered(n))
             return n;
     } catch (const StoreError &) {
-    } catch (const JsonError &) {
     }
     return -1;
 }

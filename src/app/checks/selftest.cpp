@@ -1,6 +1,7 @@
 #include "selftest.h"
 
 #include "appmodel.h"
+#include "modelfixture.h"
 #include "snapshot.h"
 #include "store.h"
 #include "text.h"
@@ -57,133 +58,79 @@ QByteArray readAll(const QString &path)
     return file.readAll();
 }
 
-// One application model in virtual time with an undo manager, optionally over a store in a
-// temporary folder (needed for ticking and saving).
-struct Rig {
-    enum class Storage { none, temporary };
-
-    VirtualServices virt;
-    QTemporaryDir folder;
-    std::shared_ptr<Store> store;
-    UndoManager undo;
-    std::unique_ptr<AppModel> model;
-
-    // Paused timers with these names and elapsed seconds (0 where none is given).
-    Rig(const QStringList &names, Storage storage, const QList<double> &seconds = {})
-    {
-        Board board;
-        for (qsizetype i = 0; i < names.size(); ++i) {
-            board.add(names.at(i));
-            board.timers.last().accumulated = seconds.value(i, 0);
-        }
-        if (storage == Storage::temporary) {
-            if (!folder.isValid())
-                throw Failed{QStringLiteral("no temporary folder")};
-            store = std::make_shared<Store>(folder.path(), 5, 600.0);
-        }
-        model = std::make_unique<AppModel>(store, board, std::nullopt, std::nullopt, virt.services());
-        model->setUndoManager(&undo);
-    }
-
-    QUuid id(qsizetype index) const { return model->board().timers.at(index).id; }
-    TimerItem timer(qsizetype index) const { return model->board().timers.at(index); }
-    double elapsed(qsizetype index) const { return timer(index).elapsed(virt.clock->now()); }
-    qsizetype count() const { return model->board().timers.size(); }
-
-    // A line typed at the prompt and run; returns its output.
-    QStringList shell(const QString &line)
-    {
-        model->setPrompt(line, Text::graphemeCount(line));
-        model->promptRun();
-        return model->shellOutput();
-    }
-
-    // Opens the time edit on a row with an out-of-range minutes field.
-    void openInvalidEdit(qsizetype index)
-    {
-        model->beginEdit(id(index));
-        expect(model->draft().has_value(), QStringLiteral("the time edit did not open"));
-        TimeEditDraft draft = *model->draft();
-        draft.set(TimeField::minutes, QStringLiteral("75"));
-        model->setDraft(draft);
-        expect(!model->draft()->isValid(), QStringLiteral("the draft should be invalid"));
-    }
-};
-
 using Scenario = std::pair<const char *, std::function<void()>>;
 
 QList<Scenario> scenarios()
 {
-    using Storage = Rig::Storage;
     return {
         {"shared clock: one tick per second, only while running, steps of one",
          [] {
-             Rig rig({QStringLiteral("A")}, Storage::temporary);
-             expect(!rig.model->isTicking(), QStringLiteral("ticking with nothing running"));
+             ModelFixture rig(WithStore::yes, {QStringLiteral("A")});
+             expect(!ModelProbe::isTicking(*rig.model), QStringLiteral("ticking with nothing running"));
              rig.model->toggle(rig.id(0));
-             expect(rig.model->isTicking(), QStringLiteral("not ticking while a timer runs"));
-             expectEqual(rig.virt.scheduler->repeatingCount(), 1, QStringLiteral("repeating tasks"));
+             expect(ModelProbe::isTicking(*rig.model), QStringLiteral("not ticking while a timer runs"));
+             expectEqual(rig.v.scheduler->repeatingCount(), 1, QStringLiteral("repeating tasks"));
              for (int second = 1; second <= 5; ++second) {
-                 rig.virt.advance(1.0);
+                 rig.v.advance(1.0);
                  expectEqual(rig.model->displayTick()->tick(), second, QStringLiteral("redraw signals"));
-                 expectEqual(rig.model->shownValue(rig.id(0)).value_or(-1), second, QStringLiteral("shown second"));
+                 expectEqual(ModelProbe::shownValue(*rig.model, rig.id(0)).value_or(-1), second, QStringLiteral("shown second"));
              }
              rig.model->toggle(rig.id(0));
-             expect(!rig.model->isTicking(), QStringLiteral("still ticking after the last pause"));
-             expectEqual(rig.virt.scheduler->repeatingCount(), 0, QStringLiteral("repeating tasks after pause"));
+             expect(!ModelProbe::isTicking(*rig.model), QStringLiteral("still ticking after the last pause"));
+             expectEqual(rig.v.scheduler->repeatingCount(), 0, QStringLiteral("repeating tasks after pause"));
          }},
         {"paused shows the exact time",
          [] {
-             Rig rig({QStringLiteral("A")}, Storage::temporary);
+             ModelFixture rig(WithStore::yes, {QStringLiteral("A")});
              rig.model->toggle(rig.id(0));
-             rig.virt.advance(3.0);
-             rig.virt.clock->advance(0.7);
+             rig.v.advance(3.0);
+             rig.v.clock->advance(0.7);
              rig.model->toggle(rig.id(0));
-             expect(!rig.model->shownValue(rig.id(0)), QStringLiteral("a paused timer keeps a shown value"));
+             expect(!ModelProbe::shownValue(*rig.model, rig.id(0)), QStringLiteral("a paused timer keeps a shown value"));
              expect(std::abs(rig.elapsed(0) - 3.7) < 1e-3, QStringLiteral("paused elapsed is not 3.7 s"));
              expectEqual(rig.model->displayedSeconds(rig.id(0)), 3, QStringLiteral("displayed seconds"));
          }},
         {"about one redraw per second",
          [] {
-             Rig rig({QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")}, Storage::temporary);
+             ModelFixture rig(WithStore::yes, {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")});
              rig.model->toggle(rig.id(0));
-             rig.virt.clock->advance(0.4);
+             rig.v.clock->advance(0.4);
              rig.model->toggle(rig.id(1));
              rig.model->toggle(rig.id(2));
-             rig.virt.advance(10.0);
+             rig.v.advance(10.0);
              const qint64 redraws = rig.model->displayTick()->tick();
              expect(redraws >= 9 && redraws <= 11,
                     QStringLiteral("%1 redraws in 10 s with three running timers").arg(redraws));
          }},
         {"kept counting while hidden",
          [] {
-             Rig rig({QStringLiteral("A")}, Storage::temporary);
+             ModelFixture rig(WithStore::yes, {QStringLiteral("A")});
              rig.model->toggle(rig.id(0));
-             rig.virt.advance(1.0);
+             rig.v.advance(1.0);
              const qint64 before = rig.model->displayTick()->tick();
              rig.model->setWindowVisible(false);
-             rig.virt.advance(3.5);
+             rig.v.advance(3.5);
              expectEqual(rig.model->displayTick()->tick(), before, QStringLiteral("redraws while hidden"));
-             expectEqual(rig.model->shownValue(rig.id(0)).value_or(-1), 4, QStringLiteral("shown second after 4.5 s"));
+             expectEqual(ModelProbe::shownValue(*rig.model, rig.id(0)).value_or(-1), 4, QStringLiteral("shown second after 4.5 s"));
              rig.model->setWindowVisible(true);
-             rig.virt.advance(1.0);
-             expectEqual(rig.model->shownValue(rig.id(0)).value_or(-1), 5, QStringLiteral("shown second on return"));
+             rig.v.advance(1.0);
+             expectEqual(ModelProbe::shownValue(*rig.model, rig.id(0)).value_or(-1), 5, QStringLiteral("shown second on return"));
              expect(rig.model->displayTick()->tick() > before, QStringLiteral("no redraw after returning"));
          }},
         {"invalid time edit survives switching rows and name clicks",
          [] {
-             Rig rig({QStringLiteral("A"), QStringLiteral("B")}, Storage::none);
-             rig.openInvalidEdit(0);
+             ModelFixture rig(WithStore::no, {QStringLiteral("A"), QStringLiteral("B")});
+             expect(rig.openInvalidEdit(0), QStringLiteral("the invalid time edit did not open"));
              rig.model->beginEdit(rig.id(1));
              expect(rig.model->editingID() == rig.id(0), QStringLiteral("switching rows closed the invalid edit"));
-             expect(!rig.model->canBeginEditingName(), QStringLiteral("a name click was accepted"));
+             expect(!rig.model->commitEditForNameClick(), QStringLiteral("a name click was accepted"));
              expect(rig.model->editingID() == rig.id(0) && rig.model->draft(),
                     QStringLiteral("a name click closed the invalid edit"));
          }},
         {"add timer with an invalid time edit open keeps one edit state",
          [] {
-             Rig rig({QStringLiteral("A")}, Storage::none);
-             rig.openInvalidEdit(0);
+             ModelFixture rig(WithStore::no, {QStringLiteral("A")});
+             expect(rig.openInvalidEdit(0), QStringLiteral("the invalid time edit did not open"));
              rig.model->addTimer();
              expectEqual(rig.count(), 1, QStringLiteral("timers"));
              expect(rig.model->editingID() == rig.id(0) && rig.model->draft() && !rig.model->draft()->isValid(),
@@ -191,36 +138,36 @@ QList<Scenario> scenarios()
          }},
         {"valid time is saved by a name click",
          [] {
-             Rig rig({QStringLiteral("A"), QStringLiteral("B")}, Storage::none);
+             ModelFixture rig(WithStore::no, {QStringLiteral("A"), QStringLiteral("B")});
              rig.model->beginEdit(rig.id(0));
              TimeEditDraft draft = *rig.model->draft();
              draft.set(TimeField::hours, QStringLiteral("1"));
              draft.set(TimeField::minutes, QStringLiteral("30"));
              rig.model->setDraft(draft);
-             expect(rig.model->canBeginEditingName(), QStringLiteral("the name click was refused"));
+             expect(rig.model->commitEditForNameClick(), QStringLiteral("the name click was refused"));
              expect(!rig.model->editingID() && !rig.model->draft(), QStringLiteral("the edit stayed open"));
              expectEqual(TimeFormat::string(rig.elapsed(0)), QStringLiteral("01:30:00"), QStringLiteral("time"));
          }},
         {"name click is refused while invalid",
          [] {
-             Rig rig({QStringLiteral("A")}, Storage::none);
-             rig.openInvalidEdit(0);
-             const int beeps = *rig.virt.beeps;
-             expect(!rig.model->canBeginEditingName(), QStringLiteral("the name click was accepted"));
-             expectEqual(*rig.virt.beeps, beeps + 1, QStringLiteral("beeps"));
+             ModelFixture rig(WithStore::no, {QStringLiteral("A")});
+             expect(rig.openInvalidEdit(0), QStringLiteral("the invalid time edit did not open"));
+             const int beeps = rig.beeps;
+             expect(!rig.model->commitEditForNameClick(), QStringLiteral("the name click was accepted"));
+             expectEqual(rig.beeps, beeps + 1, QStringLiteral("beeps"));
              expectEqual(TimeFormat::string(rig.elapsed(0)), QStringLiteral("00:00:00"), QStringLiteral("time"));
          }},
         {"no name focus while the mask is open",
          [] {
-             Rig rig({QStringLiteral("A"), QStringLiteral("B")}, Storage::none);
-             rig.openInvalidEdit(0);
+             ModelFixture rig(WithStore::no, {QStringLiteral("A"), QStringLiteral("B")});
+             expect(rig.openInvalidEdit(0), QStringLiteral("the invalid time edit did not open"));
              rig.model->addTimer();
              expect(!rig.model->nameFocusID(), QStringLiteral("a name took focus while the mask is open"));
-             expect(!rig.model->canBeginEditingName(), QStringLiteral("a name click was accepted"));
+             expect(!rig.model->commitEditForNameClick(), QStringLiteral("a name click was accepted"));
          }},
         {"two resets: the toast undoes its own reset only",
          [] {
-             Rig rig({QStringLiteral("A"), QStringLiteral("B")}, Storage::none, {100, 200});
+             ModelFixture rig(WithStore::no, {QStringLiteral("A"), QStringLiteral("B")}, std::nullopt, {100, 200});
              rig.model->reset(rig.id(0));
              rig.model->reset(rig.id(1));
              rig.model->undoToast();
@@ -229,7 +176,7 @@ QList<Scenario> scenarios()
          }},
         {"toast undo in order goes through the undo manager",
          [] {
-             Rig rig({QStringLiteral("A")}, Storage::none, {100});
+             ModelFixture rig(WithStore::no, {QStringLiteral("A")}, std::nullopt, {100});
              rig.model->reset(rig.id(0));
              rig.model->undoToast();
              expectEqual(rig.elapsed(0), 100.0, QStringLiteral("A"));
@@ -238,7 +185,7 @@ QList<Scenario> scenarios()
          }},
         {"toast undo out of order does not scramble the history",
          [] {
-             Rig rig({QStringLiteral("A"), QStringLiteral("B")}, Storage::none, {100});
+             ModelFixture rig(WithStore::no, {QStringLiteral("A"), QStringLiteral("B")}, std::nullopt, {100});
              rig.model->reset(rig.id(0));
              const QUuid b = rig.id(1);
              rig.model->moveTimer(b, 0);
@@ -253,11 +200,11 @@ QList<Scenario> scenarios()
          }},
         {"an old toast with a same-named newer action above it",
          [] {
-             Rig rig({QStringLiteral("A"), QStringLiteral("B")}, Storage::none, {100, 200});
+             ModelFixture rig(WithStore::no, {QStringLiteral("A"), QStringLiteral("B")}, std::nullopt, {100, 200});
              rig.model->reset(rig.id(0));
              const Toast old = *rig.model->toast();
              rig.model->reset(rig.id(1));
-             rig.model->showToast(old);
+             ModelProbe::showToast(*rig.model, old);
              rig.model->undoToast();
              expectEqual(rig.elapsed(0), 100.0, QStringLiteral("A"));
              expectEqual(rig.elapsed(1), 0.0, QStringLiteral("B"));
@@ -268,7 +215,7 @@ QList<Scenario> scenarios()
          }},
         {"redo available after toast undo",
          [] {
-             Rig rig({QStringLiteral("A")}, Storage::none, {100});
+             ModelFixture rig(WithStore::no, {QStringLiteral("A")}, std::nullopt, {100});
              rig.model->reset(rig.id(0));
              rig.model->undoToast();
              expect(rig.undo.canRedo(), QStringLiteral("no redo"));
@@ -277,14 +224,14 @@ QList<Scenario> scenarios()
          }},
         {"redo must exist after undoing set",
          [] {
-             Rig rig({QStringLiteral("A")}, Storage::none);
+             ModelFixture rig(WithStore::no, {QStringLiteral("A")});
              rig.shell(QStringLiteral("set 1 5:00"));
              rig.shell(QStringLiteral("undo"));
              expect(rig.undo.canRedo(), QStringLiteral("no redo"));
          }},
         {"shell set: undo and redo both work",
          [] {
-             Rig rig({QStringLiteral("A")}, Storage::none, {100});
+             ModelFixture rig(WithStore::no, {QStringLiteral("A")}, std::nullopt, {100});
              expectEqual(rig.shell(QStringLiteral("set A 5:00")), QStringList{QStringLiteral("“A” is now 00:05:00")},
                          QStringLiteral("set output"));
              expectEqual(rig.shell(QStringLiteral("undo")), QStringList{QStringLiteral("undone")}, QStringLiteral("undo"));
@@ -296,11 +243,11 @@ QList<Scenario> scenarios()
          }},
         {"undo after pause-all through the real model",
          [] {
-             Rig rig({QStringLiteral("A"), QStringLiteral("B")}, Storage::temporary);
+             ModelFixture rig(WithStore::yes, {QStringLiteral("A"), QStringLiteral("B")});
              rig.model->toggle(rig.id(0));
-             rig.virt.advance(5.0);
+             rig.v.advance(5.0);
              rig.model->deleteTimer(rig.id(0));
-             rig.virt.advance(2.0);
+             rig.v.advance(2.0);
              rig.model->pauseAll();
              rig.undo.undo();
              expectEqual(rig.count(), 2, QStringLiteral("timers after undo"));
@@ -309,7 +256,7 @@ QList<Scenario> scenarios()
          }},
         {"rm all is one undo step",
          [] {
-             Rig rig({QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")}, Storage::none);
+             ModelFixture rig(WithStore::no, {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")});
              const Board before = rig.model->board();
              expectEqual(rig.shell(QStringLiteral("rm all")),
                          QStringList{QStringLiteral("deleted 3 timers · undo brings them back")},
@@ -321,9 +268,9 @@ QList<Scenario> scenarios()
          }},
         {"Close (timers pause): pausing all saves at once",
          [] {
-             Rig rig({QStringLiteral("A")}, Storage::temporary);
+             ModelFixture rig(WithStore::yes, {QStringLiteral("A")});
              rig.model->toggle(rig.id(0));
-             rig.virt.clock->advance(2.5);
+             rig.v.clock->advance(2.5);
              rig.model->pauseAll();
              const Snapshot saved = Snapshot::decode(readAll(rig.store->mainPath()));
              expectEqual(saved.timers.size(), 1, QStringLiteral("saved timers"));
@@ -332,8 +279,8 @@ QList<Scenario> scenarios()
          }},
         {"shell refuses commands while an invalid time edit is open",
          [] {
-             Rig rig({QStringLiteral("A")}, Storage::none);
-             rig.openInvalidEdit(0);
+             ModelFixture rig(WithStore::no, {QStringLiteral("A")});
+             expect(rig.openInvalidEdit(0), QStringLiteral("the invalid time edit did not open"));
              expectEqual(rig.shell(QStringLiteral("add B")),
                          QStringList{QStringLiteral("finish or cancel the time you are editing first")},
                          QStringLiteral("output"));
@@ -342,15 +289,15 @@ QList<Scenario> scenarios()
          }},
         {"without a store nothing ticks, saves or writes settings",
          [] {
-             Rig rig({QStringLiteral("A")}, Storage::none);
+             ModelFixture rig(WithStore::no, {QStringLiteral("A")});
              rig.model->toggle(rig.id(0));
              rig.shell(QStringLiteral("style amber"));
              rig.model->zoomIn();
-             rig.virt.advance(3.0);
-             expect(!rig.model->isTicking(), QStringLiteral("ticking without a store"));
-             expectEqual(rig.virt.scheduler->pendingCount(), 0, QStringLiteral("pending tasks"));
-             expect(rig.virt.settings->writes().isEmpty(),
-                    QStringLiteral("settings written: ") + rig.virt.settings->writes().join(QStringLiteral(", ")));
+             rig.v.advance(3.0);
+             expect(!ModelProbe::isTicking(*rig.model), QStringLiteral("ticking without a store"));
+             expectEqual(rig.v.scheduler->pendingCount(), 0, QStringLiteral("pending tasks"));
+             expect(rig.v.settings->writes().isEmpty(),
+                    QStringLiteral("settings written: ") + rig.v.settings->writes().join(QStringLiteral(", ")));
          }},
     };
 }
@@ -368,8 +315,6 @@ QList<Outcome> runAll()
             outcome.failure = failed.what;
         } catch (const StoreError &error) {
             outcome.failure = error.description();
-        } catch (const JsonError &error) {
-            outcome.failure = error.description;
         } catch (const std::exception &error) {
             outcome.failure = QString::fromLocal8Bit(error.what());
         } catch (...) {

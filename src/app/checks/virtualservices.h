@@ -74,15 +74,11 @@ private:
     QStringList writes_;
 };
 
-// Everything in virtual time: the clock and scheduler share one VirtualClock; beeps are
-// counted and confirmations answered from `answer`.
+// Everything in virtual time: the clock and scheduler share one VirtualClock.
 struct VirtualServices {
     std::shared_ptr<VirtualClock> clock = std::make_shared<VirtualClock>();
     std::shared_ptr<VirtualScheduler> scheduler = std::make_shared<VirtualScheduler>(clock);
     std::shared_ptr<MemorySettings> settings = std::make_shared<MemorySettings>();
-    std::shared_ptr<int> beeps = std::make_shared<int>(0);
-    std::shared_ptr<QList<Confirmation>> confirmations = std::make_shared<QList<Confirmation>>();
-    std::shared_ptr<bool> answer = std::make_shared<bool>(true);
 
     Services services() const;
     void advance(double seconds) { scheduler->advance(seconds); }

@@ -100,11 +100,6 @@ Services VirtualServices::services() const
     s.clock = clock;
     s.scheduler = scheduler;
     s.settings = settings;
-    s.beep = [beeps = beeps] { ++*beeps; };
-    s.confirm = [confirmations = confirmations, answer = answer](const Confirmation &c) {
-        confirmations->append(c);
-        return *answer;
-    };
     return s;
 }
 

@@ -1,0 +1,139 @@
+#include "draw.h"
+
+#include <QFontMetricsF>
+#include <QLinearGradient>
+
+#include "overlays.h"
+#include "shapes.h"
+
+namespace tock::Draw {
+
+QPainterPath shape(const ShapeKind &kind, const QRectF &rect)
+{
+    return shapePath(kind, rect);
+}
+
+void panel(QPainter &painter, const QRectF &rect, const Panel &p)
+{
+    painter.save();
+    painter.setPen(Qt::NoPen);
+    const QPainterPath outline = shape(p.shape, rect);
+    if (p.softShadow) {
+        // A few widening translucent layers: cheap and close enough to a blur at this size.
+        for (int i = 6; i >= 1; --i) {
+            const qreal grow = i * 1.6;
+            ShapeKind wider = p.shape;
+            if (wider.kind == ShapeKind::Rect)
+                wider.radius += grow;
+            painter.setBrush(QColor(0, 0, 0, 9 + (6 - i) * 3));
+            painter.drawPath(shape(wider, rect.adjusted(-grow, -grow + 3, grow, grow + 3)));
+        }
+    }
+    if (p.hardShadow && p.shadowOffset > 0) {
+        painter.setBrush(p.shadowColor);
+        painter.drawPath(outline.translated(p.shadowOffset, p.shadowOffset));
+    }
+    if (p.lip) {
+        painter.setBrush(p.fill.darker(150));
+        painter.drawPath(outline.translated(0, 2));
+    }
+    if (p.fill2.isValid() && p.fill2 != p.fill) {
+        QLinearGradient gradient(rect.topLeft(), rect.bottomLeft());
+        gradient.setColorAt(0, p.fill);
+        gradient.setColorAt(1, p.fill2);
+        painter.setBrush(gradient);
+    } else {
+        painter.setBrush(p.fill);
+    }
+    painter.drawPath(outline);
+    if (p.recessed || p.embossed || p.highlight.isValid()) {
+        painter.save();
+        painter.setClipPath(outline);
+        if (p.recessed) {
+            painter.setBrush(QColor(0, 0, 0, 40));
+            painter.drawPath(outline.translated(0, -2.0).subtracted(outline.translated(0, 0.5)).translated(0, 0));
+            QLinearGradient inner(rect.topLeft(), rect.topLeft() + QPointF(0, 5));
+            inner.setColorAt(0, QColor(0, 0, 0, 55));
+            inner.setColorAt(1, QColor(0, 0, 0, 0));
+            painter.setBrush(inner);
+            painter.drawRect(rect);
+        }
+        if (p.embossed) {
+            painter.setBrush(QColor(255, 255, 255, 150));
+            painter.drawPath(outline.subtracted(outline.translated(0, 1.5)));
+            painter.setBrush(QColor(0, 0, 0, 45));
+            painter.drawPath(outline.subtracted(outline.translated(0, -1.5)));
+        }
+        if (p.highlight.isValid() && p.highlight.alpha() > 0) {
+            painter.setBrush(p.highlight);
+            painter.drawPath(outline.subtracted(outline.translated(0, 1)));
+        }
+        painter.restore();
+    }
+    if (p.borderWidth > 0 && p.border.isValid() && p.border.alpha() > 0) {
+        // Inside the outline, so a thick border never grows the shape.
+        const qreal half = p.borderWidth / 2;
+        QPen pen(p.border, p.borderWidth);
+        pen.setJoinStyle(p.shape.kind == ShapeKind::Notched ? Qt::MiterJoin : Qt::RoundJoin);
+        painter.setPen(pen);
+        painter.setBrush(Qt::NoBrush);
+        ShapeKind inner = p.shape;
+        if (inner.kind == ShapeKind::Rect)
+            inner.radius = std::max<qreal>(0, inner.radius - half);
+        painter.drawPath(shape(inner, rect.adjusted(half, half, -half, -half)));
+    }
+    painter.restore();
+}
+
+void separator(QPainter &painter, QPointF a, QPointF b, SeparatorKind kind, const QColor &color, qreal width)
+{
+    if (kind == SeparatorKind::none || width <= 0)
+        return;
+    paintSeparator(painter, kind, QPointF(a.x(), a.y() - width / 2), b.x() - a.x(), width, color);
+}
+
+QFont tracked(QFont font, qreal tracking)
+{
+    if (tracking != 0)
+        font.setLetterSpacing(QFont::AbsoluteSpacing, tracking);
+    return font;
+}
+
+void text(QPainter &painter, const QRectF &rect, Qt::Alignment alignment, const QString &string, const QFont &font,
+          const QColor &color)
+{
+    painter.save();
+    painter.setFont(font);
+    painter.setPen(color);
+    const QFontMetricsF metrics(font);
+    const QString shown = metrics.elidedText(string, Qt::ElideRight, rect.width() + 0.5);
+    painter.drawText(rect, int(alignment) | Qt::TextSingleLine, shown);
+    painter.restore();
+}
+
+void glowText(QPainter &painter, const QRectF &rect, Qt::Alignment alignment, const QString &string,
+              const QFont &font, const QColor &color)
+{
+    QColor halo = color;
+    halo.setAlpha(38);
+    static const QPointF offsets[] = {{-1.2, 0}, {1.2, 0}, {0, -1.2}, {0, 1.2},
+                                      {-0.8, -0.8}, {0.8, 0.8}, {-0.8, 0.8}, {0.8, -0.8}};
+    for (const QPointF &offset : offsets)
+        text(painter, rect.translated(offset), alignment, string, font, halo);
+    text(painter, rect, alignment, string, font, color);
+}
+
+void overlay(QPainter &painter, const QRectF &rect, Theme::Overlay kind, const QColor &ink)
+{
+    if (kind == Theme::Overlay::pixelGrid)
+        PixelGridOverlay::paint(painter, rect, ink);
+    else if (kind == Theme::Overlay::scanlines)
+        ScanlineOverlay::paint(painter, rect, ink);
+}
+
+qreal textWidth(const QFont &font, const QString &string)
+{
+    return QFontMetricsF(font).horizontalAdvance(string);
+}
+
+} // namespace tock::Draw

@@ -1,0 +1,55 @@
+// Drawing helpers the views share: themed panels (fill, border, hard or soft shadow, emboss),
+// separators, text with tracking and case, glowing text and the window overlays. Coordinates
+// are whatever the painter is set up for (the views use unzoomed points).
+#pragma once
+
+#include "theme.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+namespace tock::Draw {
+
+// The outline of a shape kind inside `rect`.
+QPainterPath shape(const ShapeKind &kind, const QRectF &rect);
+
+struct Panel {
+    QColor fill;
+    QColor fill2;      // bottom of a vertical gradient; invalid or equal to fill for a flat fill
+    QColor border;
+    qreal borderWidth = 0;
+    ShapeKind shape;
+    bool hardShadow = false;
+    QColor shadowColor;
+    qreal shadowOffset = 0;
+    bool softShadow = false;
+    bool lip = false;       // a darker solid edge under the shape, as under a key
+    bool embossed = false;  // a light top edge and a dark bottom edge
+    bool recessed = false;  // an inner shadow along the top
+    QColor highlight;       // a thin light line along the top inside; invalid for none
+};
+
+// Paints the panel in `rect`; shadows fall outside it (right and below).
+void panel(QPainter &painter, const QRectF &rect, const Panel &panel);
+
+// A line from `a` to `b` drawn as the separator kind says.
+void separator(QPainter &painter, QPointF a, QPointF b, SeparatorKind kind, const QColor &color, qreal width);
+
+// `font` with the tracking applied as absolute letter spacing.
+QFont tracked(QFont font, qreal tracking);
+
+// Text in one line inside `rect`, elided at the right when too long.
+void text(QPainter &painter, const QRectF &rect, Qt::Alignment alignment, const QString &text, const QFont &font,
+          const QColor &color);
+
+// Text with a soft halo in the same colour, as phosphor digits glow.
+void glowText(QPainter &painter, const QRectF &rect, Qt::Alignment alignment, const QString &text,
+              const QFont &font, const QColor &color);
+
+// The window-wide overlay (pixel grid or scan lines) over `rect`.
+void overlay(QPainter &painter, const QRectF &rect, Theme::Overlay kind, const QColor &ink);
+
+// The width `text` takes in `font`.
+qreal textWidth(const QFont &font, const QString &text);
+
+} // namespace tock::Draw

@@ -1,0 +1,311 @@
+#include "footer.h"
+
+#include "draw.h"
+
+#include <QEasingCurve>
+#include <QFontMetricsF>
+#include <QKeySequence>
+#include <QTextBoundaryFinder>
+#include <QVariantAnimation>
+
+namespace tock {
+
+namespace {
+
+qreal keyRoom(const Theme &t)
+{
+    return t.buttonShadow ? t.shadowOffset : (t.lipShadow ? 2 : 0);
+}
+
+// The string index of a caret counted in user-perceived characters.
+qsizetype indexOfCaret(const QString &text, qsizetype caret)
+{
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    qsizetype index = 0;
+    for (qsizetype i = 0; i < caret; ++i) {
+        const qsizetype next = finder.toNextBoundary();
+        if (next < 0)
+            return text.size();
+        index = next;
+    }
+    return index;
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------------
+
+ToastView::ToastView(AppModel *model, QWidget *parent) : View(model, parent), undo_(new ThemedButton(model, this))
+{
+    undo_->setText(QStringLiteral("Undo"));
+    undo_->setGlyph(Glyph::undo);
+    connect(undo_, &ThemedButton::clicked, this, [this] { this->model()->undoToast(); });
+    hide();
+}
+
+QSizeF ToastView::preferredSize() const
+{
+    const Theme &t = theme();
+    const qreal text = message_.isEmpty() ? 0 : Draw::textWidth(t.captionFont, message_);
+    return {text + 16 + undo_->preferredSize().width() + keyRoom(t), t.buttonSize + keyRoom(t)};
+}
+
+void ToastView::setOpacity(qreal opacity)
+{
+    opacity_ = opacity;
+    undo_->setOpacity(opacity);
+    update();
+}
+
+void ToastView::follow(bool animated)
+{
+    const std::optional<Toast> &toast = model()->toast();
+    if (fade_) {
+        fade_->stop();
+        fade_->deleteLater();
+        fade_ = nullptr;
+    }
+    const qreal target = toast ? 1 : 0;
+    if (toast) {
+        message_ = toast->entry.message();
+        relayout();
+        show();
+    }
+    if (!animated || !isVisible()) {
+        setOpacity(target);
+        if (!toast) {
+            hide();
+            Q_EMIT faded();
+        }
+        return;
+    }
+    fade_ = new QVariantAnimation(this);
+    fade_->setStartValue(opacity_);
+    fade_->setEndValue(target);
+    fade_->setDuration(toast ? 180 : 240);
+    fade_->setEasingCurve(QEasingCurve::InOutQuad);
+    connect(fade_, &QVariantAnimation::valueChanged, this, [this](const QVariant &v) { setOpacity(v.toReal()); });
+    connect(fade_, &QVariantAnimation::finished, this, [this, hideAfter = !toast] {
+        fade_->deleteLater();
+        fade_ = nullptr;
+        if (hideAfter) {
+            hide();
+            Q_EMIT faded();
+        }
+    });
+    fade_->start();
+}
+
+void ToastView::relayout()
+{
+    const Theme &t = theme();
+    const QSizeF s = undo_->preferredSize() + QSizeF(keyRoom(t), keyRoom(t));
+    const QSizeF size = unzoomedSize();
+    undo_->setUnzoomedGeometry(QRectF(QPointF(size.width() - s.width(), (size.height() - s.height()) / 2 + keyRoom(t) / 2), s));
+    update();
+}
+
+void ToastView::resizeEvent(QResizeEvent *)
+{
+    relayout();
+}
+
+void ToastView::paintEvent(QPaintEvent *)
+{
+    if (opacity_ <= 0)
+        return;
+    QPainter painter(this);
+    begin(painter);
+    painter.setOpacity(opacity_);
+    const Theme &t = theme();
+    const QRectF area = unzoomedRect();
+    const qreal undoLeft = undo_->x() / zoom();
+    Draw::text(painter, QRectF(area.left() + 4, area.top(), undoLeft - 10, area.height()),
+               Qt::AlignVCenter | Qt::AlignRight, message_, t.captionFont, t.nameInk);
+}
+
+// ---------------------------------------------------------------------------------------------
+
+PromptView::PromptView(AppModel *model, QWidget *parent) : View(model, parent)
+{
+    setCursor(Qt::IBeamCursor);
+    setAccessibleName(QStringLiteral("Command prompt"));
+    setToolTip(Footer::addHelp(true));
+}
+
+qreal PromptView::lineHeight() const
+{
+    return std::ceil(QFontMetricsF(theme().nameFont).height() + 4);
+}
+
+qreal PromptView::preferredHeight() const
+{
+    return lineHeight() * (1 + model()->shellOutput().size());
+}
+
+void PromptView::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    begin(painter);
+    const Theme &t = theme();
+    const AppModel *m = model();
+    const QRectF area = unzoomedRect();
+    const qreal line = lineHeight();
+    const QFont font = t.nameFont;
+    qreal y = area.top();
+    const QColor outputInk = m->shellOutputIsError() ? t.danger : t.muted;
+    for (const QString &output : m->shellOutput()) {
+        Draw::text(painter, QRectF(area.left(), y, area.width(), line), Qt::AlignVCenter | Qt::AlignLeft, output, font,
+                   outputInk);
+        y += line;
+    }
+    const QRectF promptLine(area.left(), y, area.width(), line);
+    const QString sign = QStringLiteral("> ");
+    const qreal signWidth = Draw::textWidth(font, sign);
+    Draw::text(painter, promptLine, Qt::AlignVCenter | Qt::AlignLeft, sign, font, t.accent);
+    const QRectF textRect = promptLine.adjusted(signWidth, 0, 0, 0);
+    const QString &text = m->promptText();
+    const qsizetype caretIndex = indexOfCaret(text, m->promptCaret());
+    const qreal caretX = textRect.left() + Draw::textWidth(font, text.left(caretIndex));
+    if (text.isEmpty()) {
+        const qreal cell = Draw::textWidth(font, QStringLiteral("m"));
+        Draw::text(painter, textRect.adjusted(cell + 4, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft, placeholder(), font,
+                   t.muted);
+    } else {
+        Draw::text(painter, textRect, Qt::AlignVCenter | Qt::AlignLeft, text, font, t.nameInk);
+    }
+    // The caret: a character cell, filled while the window has the keyboard, hollow otherwise.
+    const QFontMetricsF metrics(font);
+    const QString under = caretIndex < text.size() ? text.mid(caretIndex, 1) : QStringLiteral(" ");
+    const qreal cellWidth = t.caret == CaretKind::block ? std::max<qreal>(metrics.horizontalAdvance(under), 6) : 1.5;
+    const QRectF caret(caretX, promptLine.center().y() - metrics.height() / 2, cellWidth, metrics.height());
+    const bool active = looksActive();
+    if (t.caret == CaretKind::block && !active) {
+        painter.setPen(QPen(t.nameInk, 1));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(caret.adjusted(0.5, 0.5, -0.5, -0.5));
+    } else {
+        painter.fillRect(caret, t.nameInk);
+        if (t.caret == CaretKind::block && caretIndex < text.size())
+            Draw::text(painter, caret.adjusted(-1, 0, 1, 0), Qt::AlignCenter, under, font, t.windowFill);
+    }
+}
+
+void PromptView::mousePressEvent(QMouseEvent *)
+{
+    window()->activateWindow();
+}
+
+// ---------------------------------------------------------------------------------------------
+
+Footer::Footer(AppModel *model, QWidget *parent)
+    : View(model, parent), add_(new ThemedButton(model, this, ThemedButton::Role::primary)),
+      toast_(new ToastView(model, this)), prompt_(new PromptView(model, this))
+{
+    add_->setGlyph(Glyph::plus);
+    add_->setText(QStringLiteral("Add timer"));
+    add_->setAccessibleName(QStringLiteral("Add timer"));
+    add_->setToolTip(addHelp(false));
+    connect(add_, &ThemedButton::clicked, this, [this] { this->model()->addTimer(); });
+    connect(toast_, &ToastView::faded, this, [this] {
+        relayout();
+        Q_EMIT heightChanged();
+    });
+    refresh();
+    followToast(false);
+}
+
+QString Footer::addHelp(bool prompt)
+{
+    const QString shortcut = QKeySequence(QKeySequence::New).toString(QKeySequence::NativeText);
+    QString help = QStringLiteral("Add timer (") + shortcut + QLatin1Char(')');
+    if (prompt)
+        help += QStringLiteral(", or type: add <name>");
+    return help;
+}
+
+bool Footer::toastShown() const
+{
+    return model()->toast().has_value() || toast_->isVisible();
+}
+
+qreal Footer::toastLine() const
+{
+    const Theme &t = theme();
+    return t.buttonSize + keyRoom(t) + 4;
+}
+
+qreal Footer::preferredHeight() const
+{
+    const Theme &t = theme();
+    if (t.addStyle == AddStyle::prompt)
+        return t.contentPadding * 2 + prompt_->preferredHeight() + (toastShown() ? toastLine() : 0);
+    return t.contentPadding * 2 + t.buttonSize + keyRoom(t);
+}
+
+void Footer::refresh()
+{
+    const Theme &t = theme();
+    const bool prompt = t.addStyle == AddStyle::prompt;
+    add_->setVisible(!prompt);
+    prompt_->setVisible(prompt);
+    add_->setText(t.addStyle == AddStyle::panel || !toastShown() ? QStringLiteral("Add timer") : QString());
+    relayout();
+    update();
+    prompt_->update();
+    add_->update();
+}
+
+void Footer::followToast(bool animated)
+{
+    toast_->follow(animated);
+    const Theme &t = theme();
+    add_->setText(t.addStyle == AddStyle::panel || !toastShown() ? QStringLiteral("Add timer") : QString());
+    add_->setAccessibleName(QStringLiteral("Add timer"));
+    relayout();
+    Q_EMIT heightChanged();
+}
+
+void Footer::relayout()
+{
+    const Theme &t = theme();
+    const QSizeF size = unzoomedSize();
+    const qreal pad = t.contentPadding;
+    const qreal room = keyRoom(t);
+    const QRectF inner(pad, pad, size.width() - 2 * pad, size.height() - 2 * pad);
+    if (t.addStyle == AddStyle::prompt) {
+        qreal top = inner.top();
+        if (toastShown()) {
+            toast_->setUnzoomedGeometry(QRectF(inner.left(), top, inner.width(), toastLine() - 4));
+            top += toastLine();
+        }
+        prompt_->setUnzoomedGeometry(QRectF(inner.left(), top, inner.width(), inner.bottom() - top));
+        return;
+    }
+    const bool toast = toastShown();
+    qreal addWidth = add_->preferredSize().width() + room;
+    if (t.addStyle == AddStyle::panel)
+        addWidth = toast ? addWidth : inner.width();
+    add_->setUnzoomedGeometry(QRectF(inner.left(), inner.top(), addWidth, t.buttonSize + room));
+    const qreal toastLeft = inner.left() + addWidth + 8;
+    toast_->setUnzoomedGeometry(QRectF(toastLeft, inner.top(), inner.right() - toastLeft, t.buttonSize + room));
+}
+
+void Footer::resizeEvent(QResizeEvent *)
+{
+    relayout();
+}
+
+void Footer::paintEvent(QPaintEvent *)
+{
+    const Theme &t = theme();
+    if (t.rowSeparator == SeparatorKind::none && t.titleRule == SeparatorKind::none)
+        return;
+    // Styles that rule their lines also rule off the footer.
+    QPainter painter(this);
+    begin(painter);
+    const SeparatorKind kind = t.rowSeparator != SeparatorKind::none ? t.rowSeparator : t.titleRule;
+    Draw::separator(painter, QPointF(0, 0.5), QPointF(unzoomedSize().width(), 0.5), kind, t.ruleInk, 1);
+}
+
+} // namespace tock

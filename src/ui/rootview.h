@@ -1,0 +1,80 @@
+// The whole content of the window: title bar, storage banner, rows or the empty hint, footer,
+// the style menu above them and the theme's overlay over everything. It lays its parts out at
+// the zoom and reports the size the content wants, which the window follows.
+#pragma once
+
+#include "view.h"
+
+#include <functional>
+
+namespace tock {
+
+class EmptyHint;
+class Footer;
+class NoticeBanner;
+class RowList;
+class StyleMenu;
+class TitleBar;
+
+// What the views ask of the window they live in.
+struct WindowActions {
+    std::function<void()> close;
+    std::function<void()> minimize;
+    std::function<void()> showFiles;
+};
+
+class RootView : public View {
+    Q_OBJECT
+public:
+    static constexpr qreal contentWidth = 320;
+
+    RootView(AppModel *model, QWidget *parent, WindowActions actions);
+
+    // The content's size in unzoomed points, the rows capped so the window fits the screen.
+    QSizeF contentSize() const;
+    // The most the window's content may be tall, in unzoomed points.
+    qreal heightCap() const;
+    void setHeightCap(qreal cap);
+
+    TitleBar *titleBar() const { return title_; }
+    NoticeBanner *banner() const { return banner_; }
+    RowList *rowList() const { return rows_; }
+    EmptyHint *emptyHint() const { return hint_; }
+    Footer *footer() const { return footer_; }
+    StyleMenu *styleMenu() const { return menu_; }
+
+    // Animations off: every change shows at once (screenshots, benchmarks).
+    void setAnimated(bool animated) { animated_ = animated; }
+
+Q_SIGNALS:
+    void contentSizeChanged();
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    void relayout();
+    void restyle();
+    void boardChanged(const BoardChange &change);
+    void hoverOrEditChanged();
+    void offsetsChanged(bool animated);
+    void noticeChanged();
+    void menuChanged();
+    qreal inset() const;
+
+    WindowActions actions_;
+    TitleBar *title_;
+    NoticeBanner *banner_;
+    RowList *rows_;
+    EmptyHint *hint_;
+    Footer *footer_;
+    View *scrim_;
+    StyleMenu *menu_;
+    View *overlay_;
+    qreal heightCap_ = 1e9;
+    bool animated_ = true;
+    QSizeF lastSize_;
+};
+
+} // namespace tock

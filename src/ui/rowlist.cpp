@@ -1,0 +1,125 @@
+#include "rowlist.h"
+
+#include "timerrow.h"
+
+#include <QSet>
+#include <QWheelEvent>
+
+namespace tock {
+
+RowList::RowList(AppModel *model, QWidget *parent) : View(model, parent)
+{
+    sync();
+}
+
+QList<TimerRow *> RowList::rows() const
+{
+    QList<TimerRow *> ordered;
+    for (const TimerItem &timer : model()->board().timers) {
+        if (TimerRow *row = rows_.value(timer.id))
+            ordered.append(row);
+    }
+    return ordered;
+}
+
+void RowList::sync()
+{
+    const QList<TimerItem> &timers = model()->board().timers;
+    QSet<QUuid> present;
+    for (const TimerItem &timer : timers)
+        present.insert(timer.id);
+    for (auto it = rows_.begin(); it != rows_.end();) {
+        if (!present.contains(it.key())) {
+            it.value()->hide();
+            it.value()->deleteLater();
+            it = rows_.erase(it);
+        } else {
+            ++it;
+        }
+    }
+    for (int i = 0; i < timers.size(); ++i) {
+        TimerRow *row = rows_.value(timers.at(i).id);
+        if (!row) {
+            row = new TimerRow(model(), this, timers.at(i).id);
+            rows_.insert(timers.at(i).id, row);
+            row->show();
+        }
+        row->setPlace(i, i + 1 == timers.size());
+        row->refresh();
+    }
+    relayout();
+}
+
+qreal RowList::contentHeight() const
+{
+    const Theme &t = theme();
+    const qsizetype n = model()->board().timers.size();
+    if (n == 0)
+        return 0;
+    return 2 * t.contentPadding + n * t.rowHeight + (n - 1) * t.rowSpacing + (TimerRow::widgetHeight(t) - t.rowHeight);
+}
+
+qreal RowList::maxScroll() const
+{
+    return std::max<qreal>(0, contentHeight() - unzoomedSize().height());
+}
+
+void RowList::scrollBy(qreal delta)
+{
+    const qreal next = std::clamp(scroll_ + delta, 0.0, maxScroll());
+    if (next == scroll_)
+        return;
+    scroll_ = next;
+    relayout();
+}
+
+void RowList::relayout()
+{
+    const Theme &t = theme();
+    scroll_ = std::clamp(scroll_, 0.0, maxScroll());
+    const qreal width = unzoomedSize().width() - 2 * t.contentPadding;
+    const qreal height = TimerRow::widgetHeight(t);
+    qreal y = t.contentPadding - scroll_;
+    for (TimerRow *row : rows()) {
+        row->setUnzoomedGeometry(QRectF(t.contentPadding, y, width, height));
+        y += t.rowHeight + t.rowSpacing;
+    }
+}
+
+void RowList::refreshAll()
+{
+    for (TimerRow *row : std::as_const(rows_))
+        row->refresh();
+    relayout();
+}
+
+void RowList::resizeEvent(QResizeEvent *)
+{
+    relayout();
+}
+
+void RowList::wheelEvent(QWheelEvent *event)
+{
+    // Precise deltas where the device gives them, else 40 points per notch.
+    const qreal delta = !event->pixelDelta().isNull() ? -event->pixelDelta().y() / zoom()
+                                                      : -event->angleDelta().y() / 120.0 * 40;
+    if (maxScroll() <= 0 || delta == 0)
+        return event->ignore();
+    scrollBy(delta);
+    event->accept();
+}
+
+void RowList::paintEvent(QPaintEvent *)
+{
+    if (scroll_ <= 0.5)
+        return;
+    // A hairline under the title shows that rows are scrolled out of view.
+    QPainter painter(this);
+    begin(painter);
+    const Theme &t = theme();
+    QColor line = t.ruleInk;
+    line.setAlpha(90);
+    painter.fillRect(QRectF(0, 0, unzoomedSize().width(), 1), line);
+}
+
+} // namespace tock

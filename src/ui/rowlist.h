@@ -1,0 +1,43 @@
+// The list of timer rows in board order, scrolled vertically once the window reaches its height
+// cap. Rows are kept per timer id, so a change rebuilds only what was added or removed.
+#pragma once
+
+#include "view.h"
+
+#include <QHash>
+#include <QList>
+#include <QUuid>
+
+namespace tock {
+
+class TimerRow;
+
+class RowList : public View {
+    Q_OBJECT
+public:
+    RowList(AppModel *model, QWidget *parent);
+
+    // Makes the rows match the board: adds, removes and re-places them.
+    void sync();
+    // Height of all rows with the list's padding, in unzoomed points.
+    qreal contentHeight() const;
+    TimerRow *row(const QUuid &id) const { return rows_.value(id); }
+    QList<TimerRow *> rows() const;
+    void relayout();
+    qreal scrollOffset() const { return scroll_; }
+    void scrollBy(qreal delta);
+    // Every row redraws (style, hover, edit changed).
+    void refreshAll();
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    qreal maxScroll() const;
+    QHash<QUuid, TimerRow *> rows_;
+    qreal scroll_ = 0;
+};
+
+} // namespace tock

@@ -1,0 +1,208 @@
+#include "screenshots.h"
+
+#include "rootview.h"
+#include "timeedit.h"
+#include "tockwindow.h"
+
+#include <QDir>
+#include <QHash>
+#include <QFile>
+#include <QPainter>
+
+namespace tock::Screenshots {
+
+namespace {
+
+constexpr Instant sceneTime = 1'700'000'000;
+
+// A still scene's world: the clock stands at one instant, nothing scheduled ever runs and
+// settings live only as long as the scene.
+class StillClock final : public Clock {
+public:
+    Instant now() const override { return sceneTime; }
+};
+
+class StillScheduler final : public Scheduler {
+public:
+    TaskId after(double, std::function<void()>) override { return ++last_; }
+    TaskId every(double, double, std::function<void()>) override { return ++last_; }
+    void cancel(TaskId) override {}
+
+private:
+    TaskId last_ = 0;
+};
+
+class SceneSettings final : public Settings {
+public:
+    std::optional<QVariant> value(const QString &key) const override
+    {
+        return values_.contains(key) ? std::optional<QVariant>(values_.value(key)) : std::nullopt;
+    }
+    void setValue(const QString &key, const QVariant &value) override { values_.insert(key, value); }
+    void remove(const QString &key) override { values_.remove(key); }
+
+private:
+    QHash<QString, QVariant> values_;
+};
+
+TimerItem timer(const QString &name, double seconds, bool running = false)
+{
+    TimerItem item;
+    item.id = QUuid::createUuid();
+    item.name = name;
+    item.accumulated = seconds;
+    if (running)
+        item.startedAt = sceneTime;
+    return item;
+}
+
+Board mainBoard()
+{
+    return Board({timer(QStringLiteral("Deep work"), 5025, true), timer(QStringLiteral("Design"), 2530),
+                  timer(QStringLiteral("Email"), 300)});
+}
+
+Board longBoard()
+{
+    const QStringList names = {
+        QStringLiteral("Quarterly planning and review with the whole product team"),
+        QStringLiteral("Deep work"),
+        QStringLiteral("日本語の資料を翻訳する"),
+        QStringLiteral("Ελληνικά: σημειώσεις συνάντησης"),
+        QStringLiteral("Отчёт для клиента"),
+        QStringLiteral("مراجعة التصميم"),
+        QStringLiteral("한국어 회의록 정리"),
+        QStringLiteral("Café ☕ and inbox"),
+        QStringLiteral("Überstunden-Abrechnung für November"),
+        QStringLiteral("שיחת לקוח"),
+        QStringLiteral("हिंदी पाठ पढ़ना"),
+        QStringLiteral("Email"),
+    };
+    QList<TimerItem> timers;
+    for (qsizetype i = 0; i < names.size(); ++i)
+        timers.append(timer(names.at(i), double(i * 1537 + 59), i == 1));
+    timers[0].accumulated = 360000 + 3599; // 100:59:59, the widest time
+    return Board(timers);
+}
+
+QUuid idAt(const AppModel &model, qsizetype index)
+{
+    return model.board().timers.at(index).id;
+}
+
+} // namespace
+
+const QStringList &scenes()
+{
+    static const QStringList names = {
+        QStringLiteral("main"),  QStringLiteral("edit"),     QStringLiteral("menu"),       QStringLiteral("toast"),
+        QStringLiteral("invalid"), QStringLiteral("notice"), QStringLiteral("zoom"),       QStringLiteral("swipe"),
+        QStringLiteral("swipe-long"), QStringLiteral("inactive"), QStringLiteral("long"), QStringLiteral("edit-long"),
+    };
+    return names;
+}
+
+Services stillServices()
+{
+    Services services;
+    services.clock = std::make_shared<StillClock>();
+    services.scheduler = std::make_shared<StillScheduler>();
+    services.settings = std::make_shared<SceneSettings>();
+    return services;
+}
+
+std::unique_ptr<AppModel> sceneModel(const QString &scene, StyleID style, UndoManager &undo)
+{
+    const bool isLong = scene == QLatin1String("long") || scene == QLatin1String("edit-long");
+    std::optional<StorageNotice> notice;
+    if (scene == QLatin1String("notice"))
+        notice = StorageNotice::recovered(QStringLiteral("timers-2.json"));
+    auto model = std::make_unique<AppModel>(nullptr, isLong ? longBoard() : mainBoard(), style, notice, stillServices(), undo);
+    const QUuid design = idAt(*model, 1);
+    if (scene == QLatin1String("edit")) {
+        model->beginEdit(design);
+    } else if (scene == QLatin1String("invalid")) {
+        model->beginEdit(design);
+        TimeEditDraft draft = *model->draft();
+        draft.set(TimeField::minutes, QStringLiteral("75"));
+        model->setDraft(draft);
+    } else if (scene == QLatin1String("menu")) {
+        model->setStyleMenuOpen(true);
+    } else if (scene == QLatin1String("toast")) {
+        model->reset(design);
+    } else if (scene == QLatin1String("zoom")) {
+        model->setZoom(1.8);
+    } else if (scene == QLatin1String("swipe")) {
+        model->beginSwipe(design);
+        model->swipe(-40);
+    } else if (scene == QLatin1String("swipe-long")) {
+        model->beginSwipe(design);
+        model->swipe(-AppModel::revealWidth - 6);
+        model->endSwipe(RootView::contentWidth);
+    } else if (scene == QLatin1String("long")) {
+        model->setScreenHeight(600);
+    } else if (scene == QLatin1String("edit-long")) {
+        model->setScreenHeight(600);
+        model->beginEdit(idAt(*model, 0));
+    }
+    return model;
+}
+
+QImage render(AppModel &model, qreal pixelRatio, bool inactive)
+{
+    TockWindow window(&model, {});
+    window.setAnimated(false);
+    window.setProperty("tockInactive", inactive);
+    window.fitToContent();
+    QImage image(window.size() * pixelRatio, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(pixelRatio);
+    image.fill(Qt::transparent);
+    window.render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
+    return image;
+}
+
+int writeAll(const QString &directory, QTextStream &err)
+{
+    const QDir root(directory);
+    if (!root.mkpath(QStringLiteral("."))) {
+        err << "tock: could not create " << directory << '\n';
+        return 1;
+    }
+    QString html = QStringLiteral(
+        "<!doctype html><meta charset=\"utf-8\"><title>Tock screenshots</title>\n"
+        "<style>body{font:13px sans-serif;background:#888}td{vertical-align:top;padding:6px}"
+        "img{width:50%;height:auto}th{text-align:left}</style>\n<table>\n<tr><th></th>");
+    for (const QString &scene : scenes())
+        html += QStringLiteral("<th>") + scene + QStringLiteral("</th>");
+    html += QStringLiteral("</tr>\n");
+    for (const StyleID style : StyleIDs::allCases()) {
+        const QString raw = StyleIDs::rawValue(style);
+        if (!root.mkpath(raw)) {
+            err << "tock: could not create " << root.filePath(raw) << '\n';
+            return 1;
+        }
+        html += QStringLiteral("<tr><th>") + StyleIDs::displayName(style) + QStringLiteral("</th>");
+        for (const QString &scene : scenes()) {
+            UndoManager undo;
+            std::unique_ptr<AppModel> model = sceneModel(scene, style, undo);
+            const QImage image = render(*model, 2, scene == QLatin1String("inactive"));
+            const QString file = raw + QLatin1Char('/') + scene + QStringLiteral(".png");
+            if (!image.save(root.filePath(file))) {
+                err << "tock: could not write " << root.filePath(file) << '\n';
+                return 1;
+            }
+            html += QStringLiteral("<td><img src=\"") + file + QStringLiteral("\" alt=\"") + raw + QLatin1Char(' ')
+                  + scene + QStringLiteral("\"></td>");
+        }
+        html += QStringLiteral("</tr>\n");
+    }
+    html += QStringLiteral("</table>\n");
+    QFile index(root.filePath(QStringLiteral("index.html")));
+    if (!index.open(QIODevice::WriteOnly | QIODevice::Truncate) || index.write(html.toUtf8()) < 0) {
+        err << "tock: could not write " << index.fileName() << '\n';
+        return 1;
+    }
+    return 0;
+}
+
+} // namespace tock::Screenshots

@@ -1,0 +1,37 @@
+// Still renders of the window: the fixed scenes for every style, drawn from a model without a
+// store (nothing read or written in the data folder), plus an index page to review them.
+#pragma once
+
+#include "appmodel.h"
+
+#include <QImage>
+#include <QString>
+#include <QStringList>
+#include <QTextStream>
+
+#include <memory>
+
+namespace tock {
+
+namespace Screenshots {
+
+// The scene names, in the order the index shows them.
+const QStringList &scenes();
+
+// Services for a still scene: a clock stopped at one instant, a scheduler that never runs
+// anything and settings kept in memory.
+Services stillServices();
+
+// A model without a store showing `scene` in `style`; `undo` must outlive it.
+std::unique_ptr<AppModel> sceneModel(const QString &scene, StyleID style, UndoManager &undo);
+
+// The window rendered into a transparent image at `pixelRatio`.
+QImage render(AppModel &model, qreal pixelRatio, bool inactive);
+
+// Writes DIR/<style>/<scene>.png for every style and scene and DIR/index.html. Returns the exit
+// status (0, or 1 with a message on `err` when a file could not be written).
+int writeAll(const QString &directory, QTextStream &err);
+
+} // namespace Screenshots
+
+} // namespace tock

@@ -1,0 +1,177 @@
+#include "stylemenu.h"
+
+#include "draw.h"
+#include "glyph.h"
+
+#include <QMouseEvent>
+
+namespace tock {
+
+namespace {
+constexpr qreal menuPadding = 6;
+constexpr qreal markerWidth = 22;
+} // namespace
+
+StyleMenuItem::StyleMenuItem(AppModel *model, QWidget *parent, StyleID style) : View(model, parent), style_(style)
+{
+    setFocusPolicy(Qt::NoFocus);
+    setCursor(Qt::PointingHandCursor);
+    setAccessibleName(StyleIDs::displayName(style));
+}
+
+void StyleMenuItem::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    begin(painter);
+    const Theme &t = theme();
+    const QRectF area = unzoomedRect();
+    QColor ink = t.sbInk.isValid() ? t.nameInk : t.nameInk;
+    if (hovered_) {
+        Draw::Panel panel;
+        panel.fill = panel.fill2 = t.menuSelectedFill;
+        panel.shape = t.menuItemShape;
+        Draw::panel(painter, area, panel);
+        ink = t.menuSelectedInk;
+    }
+    const bool current = model()->style() == style_;
+    if (current)
+        paintMarker(painter, QRectF(area.left() + 4, area.top(), markerWidth - 6, area.height()), ink);
+    QFont font = t.sbFont;
+    const QString name = Theme::applyCase(t.labelCase, StyleIDs::displayName(style_));
+    Draw::text(painter, area.adjusted(markerWidth + 2, 0, -6, 0), Qt::AlignVCenter | Qt::AlignLeft, name, font, ink);
+}
+
+void StyleMenuItem::paintMarker(QPainter &painter, const QRectF &rect, const QColor &color)
+{
+    const Theme &t = theme();
+    const QPointF c = rect.center();
+    painter.save();
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    switch (t.menuMarker) {
+    case MarkerKind::square:
+        painter.drawRect(QRectF(c - QPointF(3, 3), QSizeF(6, 6)));
+        break;
+    case MarkerKind::pixelArrow: {
+        // A cell-built arrow, the handheld screen's cursor.
+        const qreal cell = 1.5;
+        static const char *rows[] = {"#...", "##..", "###.", "####", "###.", "##..", "#..."};
+        for (int y = 0; y < 7; ++y) {
+            for (int x = 0; x < 4; ++x) {
+                if (rows[y][x] == '#')
+                    painter.drawRect(QRectF(c.x() - 3 + x * cell, c.y() - 5.25 + y * cell, cell, cell));
+            }
+        }
+        break;
+    }
+    case MarkerKind::star: {
+        QPolygonF star;
+        for (int i = 0; i < 10; ++i) {
+            const qreal radius = i % 2 ? 2.4 : 5.6;
+            const qreal angle = -M_PI / 2 + i * M_PI / 5;
+            star << c + QPointF(radius * std::cos(angle), radius * std::sin(angle));
+        }
+        painter.drawPolygon(star);
+        break;
+    }
+    case MarkerKind::check: {
+        painter.setPen(QPen(color, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawPolyline(QPolygonF({c + QPointF(-4.5, 0), c + QPointF(-1.5, 3.5), c + QPointF(4.5, -4)}));
+        break;
+    }
+    }
+    painter.restore();
+}
+
+void StyleMenuItem::enterEvent(QEnterEvent *)
+{
+    hovered_ = true;
+    update();
+}
+
+void StyleMenuItem::leaveEvent(QEvent *)
+{
+    hovered_ = false;
+    update();
+}
+
+void StyleMenuItem::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton || !rect().contains(event->position().toPoint()))
+        return;
+    AppModel *m = model();
+    m->setStyleMenuOpen(false);
+    m->setStyle(style_);
+}
+
+// ---------------------------------------------------------------------------------------------
+
+StyleMenu::StyleMenu(AppModel *model, QWidget *parent) : View(model, parent)
+{
+    for (const StyleID style : StyleIDs::allCases())
+        items_.append(new StyleMenuItem(model, this, style));
+}
+
+StyleMenuItem *StyleMenu::item(StyleID style) const
+{
+    for (StyleMenuItem *item : items_) {
+        if (item->style() == style)
+            return item;
+    }
+    return nullptr;
+}
+
+qreal StyleMenu::shadowRoom() const
+{
+    const Theme &t = theme();
+    return t.menuHardShadow ? t.shadowOffset : 0;
+}
+
+QSizeF StyleMenu::preferredSize() const
+{
+    const Theme &t = theme();
+    qreal widest = 0;
+    for (const StyleID style : StyleIDs::allCases())
+        widest = std::max(widest, Draw::textWidth(t.sbFont, Theme::applyCase(t.labelCase, StyleIDs::displayName(style))));
+    const qreal width = std::max<qreal>(150, widest + markerWidth + 2 * menuPadding + 16);
+    const qreal height = items_.size() * t.menuRowHeight + 2 * menuPadding;
+    return {width + shadowRoom(), height + shadowRoom()};
+}
+
+void StyleMenu::relayout()
+{
+    const Theme &t = theme();
+    const qreal width = unzoomedSize().width() - shadowRoom() - 2 * menuPadding;
+    qreal y = menuPadding;
+    for (StyleMenuItem *item : items_) {
+        item->setUnzoomedGeometry(QRectF(menuPadding, y, width, t.menuRowHeight));
+        item->update();
+        y += t.menuRowHeight;
+    }
+    update();
+}
+
+void StyleMenu::resizeEvent(QResizeEvent *)
+{
+    relayout();
+}
+
+void StyleMenu::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    begin(painter);
+    const Theme &t = theme();
+    const QRectF body = unzoomedRect().adjusted(0, 0, -shadowRoom(), -shadowRoom());
+    Draw::Panel panel;
+    panel.fill = panel.fill2 = t.menuFill;
+    panel.border = t.menuBorder;
+    panel.borderWidth = t.menuBorderWidth;
+    panel.shape = t.menuShape;
+    panel.hardShadow = t.menuHardShadow;
+    panel.shadowColor = t.hardShadowColor;
+    panel.shadowOffset = t.shadowOffset;
+    Draw::panel(painter, body, panel);
+}
+
+} // namespace tock

@@ -1,0 +1,47 @@
+// The style menu: the seven styles in order, the current one marked as the theme says.
+// Choosing one sets the style and closes the menu.
+#pragma once
+
+#include "view.h"
+
+#include <QList>
+
+namespace tock {
+
+class StyleMenuItem : public View {
+    Q_OBJECT
+public:
+    StyleMenuItem(AppModel *model, QWidget *parent, StyleID style);
+    StyleID style() const { return style_; }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void enterEvent(QEnterEvent *event) override;
+    void leaveEvent(QEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+
+private:
+    void paintMarker(QPainter &painter, const QRectF &rect, const QColor &color);
+    StyleID style_;
+    bool hovered_ = false;
+};
+
+class StyleMenu : public View {
+    Q_OBJECT
+public:
+    StyleMenu(AppModel *model, QWidget *parent);
+    // The menu's size in unzoomed points, its shadow included.
+    QSizeF preferredSize() const;
+    void relayout();
+    StyleMenuItem *item(StyleID style) const;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    qreal shadowRoom() const;
+    QList<StyleMenuItem *> items_;
+};
+
+} // namespace tock

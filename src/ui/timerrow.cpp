@@ -1,0 +1,466 @@
+#include "timerrow.h"
+
+#include "draw.h"
+#include "glyph.h"
+#include "timevalues.h"
+
+#include <QContextMenuEvent>
+#include <QEasingCurve>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QVariantAnimation>
+
+namespace tock {
+
+namespace {
+
+std::optional<TimerItem> timerOf(const AppModel *model, const QUuid &id)
+{
+    return model->board().timer(id);
+}
+
+qreal shadowRoom(const Theme &t)
+{
+    if (t.rowShadow)
+        return t.shadowOffset;
+    return t.rowEmbossed ? 2 : 0;
+}
+
+qreal buttonRoom(const Theme &t)
+{
+    return t.buttonShadow ? t.shadowOffset : (t.lipShadow ? 2 : 0);
+}
+
+// Flap tile geometry, from the time size.
+qreal tileWidth(const Theme &t) { return std::round(t.timeSize * 0.68); }
+qreal tileHeight(const Theme &t) { return std::round(t.timeSize * 1.36); }
+qreal tileGap() { return 2; }
+qreal colonWidth(const Theme &t) { return std::round(t.timeSize * 0.3); }
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------------
+// The sliding face of a row: the card and its contents.
+
+class RowFace : public View {
+public:
+    RowFace(AppModel *model, TimerRow *row) : View(model, row), row_(row) {}
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        begin(painter);
+        const Theme &t = theme();
+        const QRectF card = row_->cardRect();
+        const AppModel *m = model();
+        QColor fill = t.rowFillAt(row_->index_);
+        if (m->editingID() == row_->id_)
+            fill = t.rowTints.isEmpty() ? t.rowEditFill : fill.lighter(106);
+        else if (m->hoveredID() == row_->id_ && t.rowTints.isEmpty())
+            fill = t.rowHoverFill;
+        Draw::Panel panel;
+        panel.fill = panel.fill2 = fill;
+        panel.border = t.rowBorder;
+        panel.borderWidth = t.rowBorderWidth;
+        panel.shape = t.rowShape;
+        panel.hardShadow = t.rowShadow;
+        panel.shadowColor = t.hardShadowColor;
+        panel.shadowOffset = t.shadowOffset;
+        panel.embossed = t.rowEmbossed;
+        panel.lip = t.rowEmbossed;
+        Draw::panel(painter, card, panel);
+        if (!row_->isLast_ && t.rowSeparator != SeparatorKind::none) {
+            const qreal y = card.bottom() + t.rowSpacing / 2 - 0.5;
+            Draw::separator(painter, QPointF(card.left(), y), QPointF(card.right(), y), t.rowSeparator, t.ruleInk, 1);
+        }
+    }
+
+private:
+    TimerRow *row_;
+};
+
+// ---------------------------------------------------------------------------------------------
+
+LiveTimeButton::LiveTimeButton(AppModel *model, QWidget *parent, QUuid id) : View(model, parent), id_(id)
+{
+    setFocusPolicy(Qt::NoFocus);
+    setCursor(Qt::PointingHandCursor);
+    connect(model->displayTick(), &DisplayTick::tickChanged, this, &LiveTimeButton::onTick);
+    shownLength_ = text().size();
+    setAccessibleName(accessibleText(text()));
+}
+
+QString LiveTimeButton::text() const
+{
+    return TimeFormat::string(double(model()->displayedSeconds(id_)));
+}
+
+QString LiveTimeButton::accessibleText(const QString &time)
+{
+    return QStringLiteral("Elapsed time ") + time + QStringLiteral(". Click to edit.");
+}
+
+qreal LiveTimeButton::widthFor(const Theme &t, const QString &text)
+{
+    if (t.timeKind == TimeKind::flap) {
+        qreal width = 0;
+        for (const QChar c : text)
+            width += c == QLatin1Char(':') ? colonWidth(t) : tileWidth(t) + tileGap();
+        return width + 2;
+    }
+    // Measured on zeros so the width does not jitter as digits change.
+    QString zeros = text;
+    for (QChar &c : zeros) {
+        if (c.isDigit())
+            c = QLatin1Char('0');
+    }
+    const qreal textWidth = Draw::textWidth(Draw::tracked(t.timeFont, t.timeTracking), zeros) + 2;
+    return t.timeKind == TimeKind::well ? textWidth + 2 * t.wellPadH : textWidth;
+}
+
+qreal LiveTimeButton::heightFor(const Theme &t)
+{
+    if (t.timeKind == TimeKind::flap)
+        return tileHeight(t);
+    const qreal text = std::ceil(t.timeSize * 1.25);
+    return t.timeKind == TimeKind::well ? text + 2 * t.wellPadV : text;
+}
+
+void LiveTimeButton::onTick()
+{
+    const std::optional<TimerItem> timer = timerOf(model(), id_);
+    if (!timer || !timer->isRunning() || model()->editingID() == id_)
+        return;
+    const QString shown = text();
+    setAccessibleName(accessibleText(shown));
+    if (shown.size() != shownLength_) {
+        shownLength_ = shown.size();
+        Q_EMIT widthChanged();
+    }
+    update();
+}
+
+void LiveTimeButton::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    begin(painter);
+    const Theme &t = theme();
+    const std::optional<TimerItem> timer = timerOf(model(), id_);
+    const bool running = timer && timer->isRunning();
+    const QString shown = text();
+    QRectF area = unzoomedRect();
+    const QColor ink = running ? t.runningTimeInk : t.timeInk;
+    const QFont font = Draw::tracked(t.timeFont, t.timeTracking);
+    switch (t.timeKind) {
+    case TimeKind::flap:
+        paintTiles(painter, area, shown, running);
+        return;
+    case TimeKind::well: {
+        Draw::Panel well;
+        well.fill = t.wellFill;
+        well.fill2 = t.wellFill2;
+        well.border = t.wellBorder;
+        well.borderWidth = t.wellBorderWidth;
+        well.shape = t.wellShape;
+        well.hardShadow = t.wellHardShadow;
+        well.shadowColor = t.hardShadowColor;
+        well.shadowOffset = t.shadowOffset;
+        well.recessed = t.wellRecessed;
+        Draw::panel(painter, area, well);
+        area = area.adjusted(t.wellPadH, t.wellPadV, -t.wellPadH, -t.wellPadV);
+        break;
+    }
+    case TimeKind::plain:
+        break;
+    }
+    if (running && t.timeGlow)
+        Draw::glowText(painter, area, Qt::AlignCenter, shown, font, ink);
+    else
+        Draw::text(painter, area, Qt::AlignCenter, shown, font, ink);
+}
+
+void LiveTimeButton::paintTiles(QPainter &painter, const QRectF &rect, const QString &shown, bool running)
+{
+    // Static tiles, one per character, until the flipping tiles take this place.
+    const Theme &t = theme();
+    qreal x = rect.left() + 1;
+    const qreal h = tileHeight(t);
+    const qreal top = rect.center().y() - h / 2;
+    QFont font = t.timeFont;
+    const QColor ink = running ? t.runningTimeInk : t.timeInk;
+    for (const QChar c : shown) {
+        if (c == QLatin1Char(':')) {
+            painter.setPen(Qt::NoPen);
+            painter.setBrush(t.muted);
+            const qreal cx = x + colonWidth(t) / 2 - tileGap() / 2;
+            painter.drawEllipse(QPointF(cx, top + h * 0.36), 1.4, 1.4);
+            painter.drawEllipse(QPointF(cx, top + h * 0.64), 1.4, 1.4);
+            x += colonWidth(t);
+            continue;
+        }
+        const QRectF tile(x, top, tileWidth(t), h);
+        Draw::Panel panel;
+        panel.fill = t.wellFill;
+        panel.fill2 = t.wellFill2;
+        panel.border = t.wellBorder;
+        panel.borderWidth = t.wellBorderWidth;
+        panel.shape = t.wellShape;
+        Draw::panel(painter, tile, panel);
+        Draw::text(painter, tile, Qt::AlignCenter, QString(c), font, ink);
+        // The split between the two leaves.
+        painter.setPen(QPen(QColor(0, 0, 0, 170), 1));
+        painter.drawLine(QPointF(tile.left() + 0.5, tile.center().y()), QPointF(tile.right() - 0.5, tile.center().y()));
+        x += tileWidth(t) + tileGap();
+    }
+}
+
+void LiveTimeButton::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
+        model()->beginEdit(id_);
+}
+
+// ---------------------------------------------------------------------------------------------
+
+DeleteReveal::DeleteReveal(AppModel *model, QWidget *parent, QUuid id) : View(model, parent), id_(id)
+{
+    setFocusPolicy(Qt::NoFocus);
+    setCursor(Qt::PointingHandCursor);
+    setAccessibleName(QStringLiteral("Delete"));
+}
+
+void DeleteReveal::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    begin(painter);
+    const Theme &t = theme();
+    const QRectF area = unzoomedRect();
+    Draw::Panel panel;
+    panel.fill = panel.fill2 = t.icons == IconKind::word ? QColor(Qt::transparent) : t.danger;
+    panel.shape = t.rowShape;
+    Draw::panel(painter, area, panel);
+    const QColor ink = t.icons == IconKind::word ? t.danger : QColor(Qt::white);
+    const QString label = t.icons == IconKind::word ? Glyphs::word(t, Glyph::trash)
+                                                    : Theme::applyCase(t.labelCase, QStringLiteral("Delete"));
+    Draw::text(painter, area, Qt::AlignCenter, label, t.labelFont, ink);
+}
+
+void DeleteReveal::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
+        model()->deleteTimer(id_);
+}
+
+// ---------------------------------------------------------------------------------------------
+
+void LeaderDots::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    begin(painter);
+    const Theme &t = theme();
+    const QRectF area = unzoomedRect();
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(t.muted);
+    const qreal step = 5;
+    const qreal y = area.center().y() + t.nameFont.pixelSize() * 0.3;
+    for (qreal x = area.left() + 2; x + 1 < area.right(); x += step)
+        painter.drawRect(QRectF(x, y, 1.2, 1.2));
+}
+
+// ---------------------------------------------------------------------------------------------
+
+NameLabel::NameLabel(AppModel *model, QWidget *parent, QUuid id) : View(model, parent), id_(id)
+{
+    setAccessibleName(QStringLiteral("Timer name"));
+}
+
+QString NameLabel::shownName() const
+{
+    const std::optional<TimerItem> timer = timerOf(model(), id_);
+    const QString name = timer && !timer->name.isEmpty() ? timer->name : QStringLiteral("Untitled");
+    return Theme::applyCase(theme().nameCase, name);
+}
+
+void NameLabel::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    begin(painter);
+    const Theme &t = theme();
+    const std::optional<TimerItem> timer = timerOf(model(), id_);
+    const QColor ink = timer && timer->name.isEmpty() ? t.muted : t.nameInk;
+    Draw::text(painter, unzoomedRect(), Qt::AlignVCenter | Qt::AlignLeft, shownName(),
+               Draw::tracked(t.nameFont, t.nameTracking), ink);
+}
+
+// ---------------------------------------------------------------------------------------------
+
+TimerRow::TimerRow(AppModel *model, QWidget *parent, QUuid id)
+    : View(model, parent), id_(id), reveal_(new DeleteReveal(model, this, id)), face_(new RowFace(model, this)),
+      name_(new NameLabel(model, face_, id)), dots_(new LeaderDots(model, face_)),
+      time_(new LiveTimeButton(model, face_, id)), play_(new ThemedButton(model, face_)),
+      reset_(new ThemedButton(model, face_))
+{
+    play_->setAccessibleName(QStringLiteral("Start"));
+    reset_->setGlyph(Glyph::reset);
+    reset_->setAccessibleName(QStringLiteral("Reset"));
+    reset_->setToolTip(QStringLiteral("Reset"));
+    connect(play_, &ThemedButton::clicked, this, [this] { this->model()->toggle(id_); });
+    connect(reset_, &ThemedButton::clicked, this, [this] { this->model()->reset(id_); });
+    connect(time_, &LiveTimeButton::widthChanged, this, &TimerRow::relayout);
+    setAttribute(Qt::WA_Hover);
+    offset_ = model->rowOffset(id);
+    refresh();
+}
+
+TimerRow::~TimerRow() = default;
+
+qreal TimerRow::widgetHeight(const Theme &theme)
+{
+    return theme.rowHeight + shadowRoom(theme);
+}
+
+QRectF TimerRow::cardRect() const
+{
+    const Theme &t = theme();
+    const qreal room = shadowRoom(t);
+    return QRectF(0, 0, unzoomedSize().width() - room, t.rowHeight);
+}
+
+void TimerRow::setPlace(int index, bool isLast)
+{
+    if (index_ == index && isLast_ == isLast)
+        return;
+    index_ = index;
+    isLast_ = isLast;
+    play_->setRowIndex(index);
+    face_->update();
+}
+
+void TimerRow::setOffset(qreal offset)
+{
+    if (offset_ == offset)
+        return;
+    offset_ = offset;
+    relayout();
+}
+
+void TimerRow::followOffset(bool animated)
+{
+    const qreal target = model()->rowOffset(id_);
+    if (slide_) {
+        slide_->stop();
+        slide_->deleteLater();
+        slide_ = nullptr;
+    }
+    const bool dragging = model()->swipeID() == id_;
+    const qreal jump = std::abs(target - offset_);
+    if (!animated || jump < 0.5 || (dragging && jump < 20)) {
+        setOffset(target);
+        return;
+    }
+    // Sliding out before a deletion eases in quickly; settling (reveal, close) eases out.
+    const bool slidingOut = dragging && target < offset_;
+    slide_ = new QVariantAnimation(this);
+    slide_->setStartValue(offset_);
+    slide_->setEndValue(target);
+    slide_->setDuration(slidingOut ? 140 : 160);
+    slide_->setEasingCurve(slidingOut ? QEasingCurve::InQuad : QEasingCurve::OutQuad);
+    connect(slide_, &QVariantAnimation::valueChanged, this, [this](const QVariant &v) { setOffset(v.toReal()); });
+    slide_->start();
+}
+
+void TimerRow::refresh()
+{
+    const std::optional<TimerItem> timer = model()->board().timer(id_);
+    const bool running = timer && timer->isRunning();
+    play_->setGlyph(running ? Glyph::pause : Glyph::play);
+    play_->setRole(running ? ThemedButton::Role::running : ThemedButton::Role::key);
+    play_->setAccessibleName(running ? QStringLiteral("Pause") : QStringLiteral("Start"));
+    play_->setToolTip(play_->accessibleName());
+    time_->setAccessibleName(LiveTimeButton::accessibleText(time_->text()));
+    relayout();
+    face_->update();
+    name_->update();
+    time_->update();
+    dots_->update();
+    reveal_->update();
+}
+
+void TimerRow::relayout()
+{
+    const Theme &t = theme();
+    const QSizeF size = unzoomedSize();
+    const QRectF card = cardRect();
+    const qreal revealWidth = AppModel::revealWidth;
+    reveal_->setUnzoomedGeometry(QRectF(card.right() - revealWidth, 0, revealWidth, card.height()));
+    reveal_->setVisible(offset_ < -0.5);
+    face_->setUnzoomedGeometry(QRectF(offset_, 0, size.width(), size.height()));
+
+    const qreal mid = card.center().y();
+    const qreal room = buttonRoom(t);
+    qreal right = card.right() - t.rowInset + room;
+    const auto place = [&](ThemedButton *b) {
+        const QSizeF s = b->preferredSize() + QSizeF(room, room);
+        right -= s.width();
+        b->setUnzoomedGeometry(QRectF(right, mid - (s.height() - room) / 2, s.width(), s.height()));
+        // Word buttons space themselves with their brackets.
+        right -= (t.icons == IconKind::word ? 2 : 6) - room;
+    };
+    place(reset_);
+    place(play_);
+    right -= 6;
+    const QString shown = time_->text();
+    const qreal timeWidth = LiveTimeButton::widthFor(t, shown);
+    const qreal timeHeight = LiveTimeButton::heightFor(t);
+    right -= timeWidth;
+    time_->setUnzoomedGeometry(QRectF(right, mid - timeHeight / 2, timeWidth, timeHeight));
+    right -= 8;
+    const qreal left = card.left() + t.rowInset;
+    const QFont nameFont = Draw::tracked(t.nameFont, t.nameTracking);
+    const qreal nameHeight = std::ceil(t.nameFont.pixelSize() * 1.4);
+    if (t.leaderDots) {
+        // The name takes what it needs; the dots fill the rest up to the time.
+        const qreal nameWidth = std::min(Draw::textWidth(nameFont, name_->shownName()) + 2, right - left);
+        name_->setUnzoomedGeometry(QRectF(left, mid - nameHeight / 2, nameWidth, nameHeight));
+        dots_->setUnzoomedGeometry(QRectF(left + nameWidth + 4, mid - nameHeight / 2,
+                                          std::max<qreal>(0, right - left - nameWidth - 4), nameHeight));
+        dots_->show();
+    } else {
+        name_->setUnzoomedGeometry(QRectF(left, mid - nameHeight / 2, std::max<qreal>(0, right - left), nameHeight));
+        dots_->hide();
+    }
+}
+
+void TimerRow::resizeEvent(QResizeEvent *)
+{
+    relayout();
+}
+
+void TimerRow::enterEvent(QEnterEvent *)
+{
+    model()->setHoveredID(id_);
+}
+
+void TimerRow::leaveEvent(QEvent *)
+{
+    if (model()->hoveredID() == id_)
+        model()->setHoveredID(std::nullopt);
+}
+
+void TimerRow::contextMenuEvent(QContextMenuEvent *event)
+{
+    QMenu menu(this);
+    QAction *reset = menu.addAction(QStringLiteral("Reset"));
+    QAction *remove = menu.addAction(QStringLiteral("Delete Timer"));
+    QAction *chosen = menu.exec(event->globalPos());
+    // The row may be gone once the model acts, so nothing of `this` is used afterwards.
+    AppModel *m = model();
+    const QUuid id = id_;
+    if (chosen == reset)
+        m->reset(id);
+    else if (chosen == remove)
+        m->deleteTimer(id);
+}
+
+} // namespace tock

@@ -1,0 +1,134 @@
+// One timer's row: name, time, play/pause and reset, with the delete button a swipe uncovers
+// underneath. The row's face slides by the model's row offset, animated; hovering reports the
+// row to the model and a right click offers "Reset" and "Delete Timer".
+#pragma once
+
+#include "themedbutton.h"
+#include "view.h"
+
+#include <QUuid>
+
+class QVariantAnimation;
+
+namespace tock {
+
+// The time display: redrawn by the shared display tick (only while its timer runs), and only
+// its own rectangle. A click opens the time edit.
+class LiveTimeButton : public View {
+    Q_OBJECT
+public:
+    LiveTimeButton(AppModel *model, QWidget *parent, QUuid id);
+    // The width the time needs in unzoomed points for `text` (the digits' count matters).
+    static qreal widthFor(const Theme &theme, const QString &text);
+    static qreal heightFor(const Theme &theme);
+    QString text() const;
+    static QString accessibleText(const QString &time);
+
+Q_SIGNALS:
+    // The shown text changed length (99:59:59 to 100:00:00): the row must make room.
+    void widthChanged();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+
+private:
+    void onTick();
+    void paintTiles(QPainter &painter, const QRectF &rect, const QString &text, bool running);
+    QUuid id_;
+    qsizetype shownLength_ = 0;
+};
+
+// The delete button behind a row, uncovered when the row slides left.
+class DeleteReveal : public View {
+    Q_OBJECT
+public:
+    DeleteReveal(AppModel *model, QWidget *parent, QUuid id);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+
+private:
+    QUuid id_;
+};
+
+// A row of dots leading from the name to the time.
+class LeaderDots : public View {
+    Q_OBJECT
+public:
+    using View::View;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+};
+
+// The timer's name as one line (the rename field replaces it while renaming).
+class NameLabel : public View {
+    Q_OBJECT
+public:
+    NameLabel(AppModel *model, QWidget *parent, QUuid id);
+    QString shownName() const;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    QUuid id_;
+};
+
+class TimerRow : public View {
+    Q_OBJECT
+    Q_PROPERTY(qreal offset READ offset WRITE setOffset)
+public:
+    TimerRow(AppModel *model, QWidget *parent, QUuid id);
+    ~TimerRow() override;
+
+    const QUuid &id() const { return id_; }
+    // The row's position in the board (for tints and separators) and whether it is last.
+    void setPlace(int index, bool isLast);
+    int index() const { return index_; }
+
+    // Height of the row's widget in unzoomed points (the card plus room for its shadow).
+    static qreal widgetHeight(const Theme &theme);
+
+    // The model's row offset changed: slides there with the swipe's timing.
+    void followOffset(bool animated);
+    qreal offset() const { return offset_; }
+    void setOffset(qreal offset);
+
+    // Something about this row changed (the timer, hover, edit, style): redraw and re-place.
+    void refresh();
+    void relayout();
+
+    LiveTimeButton *timeButton() const { return time_; }
+    ThemedButton *playButton() const { return play_; }
+    ThemedButton *resetButton() const { return reset_; }
+    DeleteReveal *deleteReveal() const { return reveal_; }
+    NameLabel *nameLabel() const { return name_; }
+    QWidget *face() const { return face_; }
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+    void enterEvent(QEnterEvent *event) override;
+    void leaveEvent(QEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+
+private:
+    friend class RowFace;
+    QRectF cardRect() const; // in the face's unzoomed points
+    QUuid id_;
+    int index_ = 0;
+    bool isLast_ = false;
+    qreal offset_ = 0;
+    DeleteReveal *reveal_;
+    View *face_;
+    NameLabel *name_;
+    LeaderDots *dots_;
+    LiveTimeButton *time_;
+    ThemedButton *play_;
+    ThemedButton *reset_;
+    QVariantAnimation *slide_ = nullptr;
+};
+
+} // namespace tock

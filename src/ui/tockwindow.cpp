@@ -1,0 +1,180 @@
+#include "tockwindow.h"
+
+#include "draw.h"
+#include "rootview.h"
+#include "theme.h"
+
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QPainter>
+#include <QScreen>
+#include <QWindow>
+
+#ifdef TOCK_HAVE_XCB
+#include <xcb/xcb.h>
+#endif
+
+namespace tock {
+
+namespace {
+constexpr qreal shadowMargin = 14; // unzoomed; room for the hard and the soft shadow
+} // namespace
+
+TockWindow::TockWindow(AppModel *model, std::function<void()> showFiles, QWidget *parent)
+    : QWidget(parent, Qt::Window | Qt::FramelessWindowHint), model_(model)
+{
+    setObjectName(QStringLiteral("TockWindow"));
+    setWindowTitle(QStringLiteral("Tock"));
+    setAttribute(Qt::WA_TranslucentBackground);
+#ifdef Q_OS_MACOS
+    setWindowFlag(Qt::NoDropShadowWindowHint);
+#endif
+    WindowActions actions;
+    actions.close = [this] { close(); };
+    actions.minimize = [this] { showMinimized(); };
+    actions.showFiles = std::move(showFiles);
+    root_ = new RootView(model, this, std::move(actions));
+    connect(root_, &RootView::contentSizeChanged, this, &TockWindow::fitToContent);
+    connect(model, &AppModel::zoomChanged, this, &TockWindow::fitToContent);
+    connect(model, &AppModel::styleChanged, this, [this] {
+        fitToContent();
+        update();
+    });
+    connect(model, &AppModel::screenHeightChanged, this, &TockWindow::fitToContent);
+    fitToContent();
+}
+
+void TockWindow::setMargin(Margin margin)
+{
+    margin_ = margin;
+    fitToContent();
+}
+
+int TockWindow::marginPixels() const
+{
+    return margin_ == Margin::none ? 0 : int(std::ceil(shadowMargin * std::max(model_->zoom(), 0.1)));
+}
+
+void TockWindow::setAnimated(bool animated)
+{
+    root_->setAnimated(animated);
+}
+
+void TockWindow::trackScreen()
+{
+    if (QScreen *s = screen())
+        model_->setScreenHeight(s->availableGeometry().height());
+}
+
+void TockWindow::fitToContent()
+{
+    const qreal z = std::max(model_->zoom(), 0.1);
+    const int margin = marginPixels();
+    // The rows scroll once the window would be taller than the screen.
+    root_->setHeightCap((model_->screenHeight() - 2 * margin - 40) / z);
+    const QSizeF content = root_->contentSize();
+    const QSize card(int(std::lround(content.width() * z)), int(std::lround(content.height() * z)));
+    root_->setGeometry(QRect(QPoint(margin, margin), card));
+    const QSize total = card + QSize(2 * margin, 2 * margin);
+    if (size() != total)
+        setFixedSize(total);
+    if (margin_ == Margin::none) {
+        const Theme &t = Theme::of(model_->style());
+        // No compositor: the card's own outline is the window's shape.
+        ShapeKind kind = t.windowShape;
+        kind.radius *= z;
+        const QPainterPath shape = Draw::shape(kind, QRectF(QPointF(0, 0), QSizeF(card)));
+        setMask(QRegion(shape.toFillPolygon().toPolygon()));
+    } else {
+        clearMask();
+    }
+    update();
+}
+
+void TockWindow::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const qreal z = std::max(model_->zoom(), 0.1);
+    painter.scale(z, z);
+    const Theme &t = Theme::of(model_->style());
+    const QRectF card(QPointF(root_->geometry().topLeft()) / z, QSizeF(root_->geometry().size()) / z);
+    Draw::Panel panel;
+    panel.fill = t.windowFill;
+    panel.fill2 = t.windowFill2;
+    panel.border = t.windowBorder;
+    panel.borderWidth = t.windowBorderWidth;
+    panel.shape = t.windowShape;
+    const bool roomForShadow = margin_ == Margin::shadow;
+    panel.hardShadow = roomForShadow && t.hardShadow;
+    panel.shadowColor = t.hardShadowColor;
+    panel.shadowOffset = t.shadowOffset + 1;
+    panel.softShadow = roomForShadow && t.systemShadow;
+    Draw::panel(painter, card, panel);
+}
+
+void TockWindow::closeEvent(QCloseEvent *event)
+{
+    // Closing stops the clocks: every running timer pauses and the board is saved now.
+    model_->commitEdit();
+    model_->pauseAll();
+    event->accept();
+    Q_EMIT closed();
+}
+
+void TockWindow::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::WindowStateChange) {
+        model_->setWindowVisible(isVisible() && !isMinimized());
+    } else if (event->type() == QEvent::ActivationChange) {
+        // The lights, the title and the prompt's caret show whether the window is active.
+        const QList<QWidget *> all = findChildren<QWidget *>();
+        for (QWidget *w : all)
+            w->update();
+    }
+    QWidget::changeEvent(event);
+}
+
+void TockWindow::showEvent(QShowEvent *event)
+{
+    model_->setWindowVisible(!isMinimized());
+    trackScreen();
+    if (QWindow *handle = windowHandle()) {
+        connect(handle, &QWindow::screenChanged, this, &TockWindow::trackScreen, Qt::UniqueConnection);
+    }
+    QWidget::showEvent(event);
+}
+
+void TockWindow::hideEvent(QHideEvent *event)
+{
+    model_->setWindowVisible(false);
+    QWidget::hideEvent(event);
+}
+
+bool desktopComposites()
+{
+#ifdef TOCK_HAVE_XCB
+    if (QGuiApplication::platformName() != QLatin1String("xcb"))
+        return true;
+    auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    xcb_connection_t *connection = x11 ? x11->connection() : nullptr;
+    if (!connection)
+        return true;
+    // A compositing manager owns the selection _NET_WM_CM_S<screen>.
+    const QByteArray name = "_NET_WM_CM_S0";
+    xcb_intern_atom_reply_t *atom =
+        xcb_intern_atom_reply(connection, xcb_intern_atom(connection, 0, uint16_t(name.size()), name.constData()), nullptr);
+    if (!atom)
+        return true;
+    xcb_get_selection_owner_reply_t *owner =
+        xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, atom->atom), nullptr);
+    const bool composites = owner && owner->owner != XCB_NONE;
+    free(owner);
+    free(atom);
+    return composites;
+#else
+    return true;
+#endif
+}
+
+} // namespace tock
