@@ -6,6 +6,7 @@
 #include "store.h"
 #include "terminal.h"
 #ifdef TOCK_WITH_UI
+#include "flipdemo.h"
 #include "fontloader.h"
 #include "screenshots.h"
 #include "windowapp.h"
@@ -66,7 +67,7 @@ int main(int argc, char **argv)
                 if constexpr (std::is_same_v<M, tock::StartupMode::Bench>) {
                     return notYetBuilt(QStringLiteral("the rendering benchmark"));
                 } else if constexpr (std::is_same_v<M, tock::StartupMode::FlipDemo>) {
-                    return notYetBuilt(QStringLiteral("the split-flap demonstration"));
+                    return tock::runFlipDemo();
                 } else if constexpr (std::is_same_v<M, tock::StartupMode::Screenshots>) {
                     QTextStream err(stderr);
                     return tock::Screenshots::writeAll(m.directory, err);

@@ -389,7 +389,7 @@ void NameField::mousePressEvent(QMouseEvent *event)
     }
     event->accept();
     // The model first commits an open time edit; an invalid one keeps the click from renaming.
-    if (model_->canBeginEditingName())
+    if (model_->commitEditForNameClick())
         beginEditing();
 }
 

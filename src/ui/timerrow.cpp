@@ -1,6 +1,8 @@
 #include "timerrow.h"
 
 #include "draw.h"
+#include "editmask.h"
+#include "namefield.h"
 #include "glyph.h"
 #include "timevalues.h"
 
@@ -270,34 +272,11 @@ void LeaderDots::paintEvent(QPaintEvent *)
 
 // ---------------------------------------------------------------------------------------------
 
-NameLabel::NameLabel(AppModel *model, QWidget *parent, QUuid id) : View(model, parent), id_(id)
-{
-    setAccessibleName(QStringLiteral("Timer name"));
-}
-
-QString NameLabel::shownName() const
-{
-    const std::optional<TimerItem> timer = timerOf(model(), id_);
-    const QString name = timer && !timer->name.isEmpty() ? timer->name : QStringLiteral("Untitled");
-    return Theme::applyCase(theme().nameCase, name);
-}
-
-void NameLabel::paintEvent(QPaintEvent *)
-{
-    QPainter painter(this);
-    begin(painter);
-    const Theme &t = theme();
-    const std::optional<TimerItem> timer = timerOf(model(), id_);
-    const QColor ink = timer && timer->name.isEmpty() ? t.muted : t.nameInk;
-    Draw::text(painter, unzoomedRect(), Qt::AlignVCenter | Qt::AlignLeft, shownName(),
-               Draw::tracked(t.nameFont, t.nameTracking), ink);
-}
-
 // ---------------------------------------------------------------------------------------------
 
 TimerRow::TimerRow(AppModel *model, QWidget *parent, QUuid id)
     : View(model, parent), id_(id), reveal_(new DeleteReveal(model, this, id)), face_(new RowFace(model, this)),
-      name_(new NameLabel(model, face_, id)), dots_(new LeaderDots(model, face_)),
+      name_(new NameField(model, id, face_)), dots_(new LeaderDots(model, face_)),
       time_(new LiveTimeButton(model, face_, id)), play_(new ThemedButton(model, face_)),
       reset_(new ThemedButton(model, face_))
 {
@@ -314,6 +293,28 @@ TimerRow::TimerRow(AppModel *model, QWidget *parent, QUuid id)
 }
 
 TimerRow::~TimerRow() = default;
+
+QString TimerRow::shownName() const
+{
+    const std::optional<TimerItem> timer = timerOf(model(), id_);
+    const QString name = timer && !timer->name.isEmpty() ? timer->name : QStringLiteral("Untitled");
+    return Theme::applyCase(theme().nameCase, name.left(NameField::measureCap));
+}
+
+void TimerRow::followEdit()
+{
+    const bool editing = model()->editingID() == id_ && model()->draft().has_value();
+    if (editing && !mask_) {
+        mask_ = new EditMask(model(), face_);
+        mask_->show();
+        mask_->refocus();
+    } else if (!editing && mask_) {
+        mask_->hide();
+        mask_->deleteLater();
+        mask_ = nullptr;
+    }
+    time_->setVisible(!mask_);
+}
 
 qreal TimerRow::widgetHeight(const Theme &theme)
 {
@@ -379,6 +380,20 @@ void TimerRow::refresh()
     play_->setAccessibleName(running ? QStringLiteral("Pause") : QStringLiteral("Start"));
     play_->setToolTip(play_->accessibleName());
     time_->setAccessibleName(LiveTimeButton::accessibleText(time_->text()));
+    const Theme &t = theme();
+    const std::optional<bool> active =
+        window()->property("tockInactive").toBool() ? std::optional<bool>(false) : std::nullopt;
+    name_->setTheme(&t);
+    name_->setZoom(zoom());
+    name_->setPaintsActive(active);
+    if (timer)
+        name_->setName(timer->name);
+    followEdit();
+    if (mask_) {
+        mask_->setTheme(&t);
+        mask_->setZoom(zoom());
+        mask_->setPaintsActive(active);
+    }
     relayout();
     face_->update();
     name_->update();
@@ -415,19 +430,30 @@ void TimerRow::relayout()
     const qreal timeHeight = LiveTimeButton::heightFor(t);
     right -= timeWidth;
     time_->setUnzoomedGeometry(QRectF(right, mid - timeHeight / 2, timeWidth, timeHeight));
+    if (mask_) {
+        // The mask takes the time's place, growing to the left where it needs more room.
+        const QSizeF maskSize = QSizeF(mask_->sizeHint()) / zoom();
+        const qreal maskLeft = right + timeWidth - maskSize.width();
+        const QRectF maskRect(maskLeft, mid - maskSize.height() / 2, maskSize.width(), maskSize.height());
+        mask_->setGeometry(face_->zoomedRect(maskRect));
+        right = std::min(right, maskLeft);
+    }
     right -= 8;
-    const qreal left = card.left() + t.rowInset;
+    // The name field pads its text; it reaches out by that much so the text sits at the inset.
+    const qreal namePad = std::max<qreal>(4, t.fieldBorderWidth + 3);
+    const qreal left = card.left() + t.rowInset - namePad;
+    right += std::min<qreal>(namePad, 6);
     const QFont nameFont = Draw::tracked(t.nameFont, t.nameTracking);
-    const qreal nameHeight = std::ceil(t.nameFont.pixelSize() * 1.4);
+    const qreal nameHeight = std::min(card.height(), name_->sizeHint().height() / zoom());
     if (t.leaderDots) {
         // The name takes what it needs; the dots fill the rest up to the time.
-        const qreal nameWidth = std::min(Draw::textWidth(nameFont, name_->shownName()) + 2, right - left);
-        name_->setUnzoomedGeometry(QRectF(left, mid - nameHeight / 2, nameWidth, nameHeight));
+        const qreal nameWidth = std::min(Draw::textWidth(nameFont, shownName()) + 2 * namePad + 2, right - left);
+        name_->setGeometry(face_->zoomedRect(QRectF(left, mid - nameHeight / 2, nameWidth, nameHeight)));
         dots_->setUnzoomedGeometry(QRectF(left + nameWidth + 4, mid - nameHeight / 2,
                                           std::max<qreal>(0, right - left - nameWidth - 4), nameHeight));
         dots_->show();
     } else {
-        name_->setUnzoomedGeometry(QRectF(left, mid - nameHeight / 2, std::max<qreal>(0, right - left), nameHeight));
+        name_->setGeometry(face_->zoomedRect(QRectF(left, mid - nameHeight / 2, std::max<qreal>(0, right - left), nameHeight)));
         dots_->hide();
     }
 }

@@ -12,6 +12,9 @@ class QVariantAnimation;
 
 namespace tock {
 
+class EditMask;
+class NameField;
+
 // The time display: redrawn by the shared display tick (only while its timer runs), and only
 // its own rectangle. A click opens the time edit.
 class LiveTimeButton : public View {
@@ -63,20 +66,6 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 };
 
-// The timer's name as one line (the rename field replaces it while renaming).
-class NameLabel : public View {
-    Q_OBJECT
-public:
-    NameLabel(AppModel *model, QWidget *parent, QUuid id);
-    QString shownName() const;
-
-protected:
-    void paintEvent(QPaintEvent *event) override;
-
-private:
-    QUuid id_;
-};
-
 class TimerRow : public View {
     Q_OBJECT
     Q_PROPERTY(qreal offset READ offset WRITE setOffset)
@@ -105,7 +94,9 @@ public:
     ThemedButton *playButton() const { return play_; }
     ThemedButton *resetButton() const { return reset_; }
     DeleteReveal *deleteReveal() const { return reveal_; }
-    NameLabel *nameLabel() const { return name_; }
+    NameField *nameField() const { return name_; }
+    // The time mask, present while this row's time is being edited.
+    EditMask *editMask() const { return mask_; }
     QWidget *face() const { return face_; }
 
 protected:
@@ -117,13 +108,16 @@ protected:
 private:
     friend class RowFace;
     QRectF cardRect() const; // in the face's unzoomed points
+    QString shownName() const;
+    void followEdit(); // shows or drops the time mask
     QUuid id_;
     int index_ = 0;
     bool isLast_ = false;
     qreal offset_ = 0;
     DeleteReveal *reveal_;
     View *face_;
-    NameLabel *name_;
+    NameField *name_;
+    EditMask *mask_ = nullptr;
     LeaderDots *dots_;
     LiveTimeButton *time_;
     ThemedButton *play_;

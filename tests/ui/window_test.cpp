@@ -2,6 +2,7 @@
 // empty board shows only the hint and the footer, a tick repaints only running time displays,
 // and the zoom sizes the window.
 #include "footer.h"
+#include "namefield.h"
 #include "modelfixture.h"
 #include "noticebanner.h"
 #include "rootview.h"
@@ -229,7 +230,7 @@ private Q_SLOTS:
         }
         for (const int i : {0, 2}) {
             QCOMPARE(counter.counts.value(w.row(i)->playButton()), 0);
-            QCOMPARE(counter.counts.value(w.row(i)->nameLabel()), 0);
+            QCOMPARE(counter.counts.value(w.row(i)->nameField()), 0);
         }
         QCOMPARE(counter.counts.value(w.root()->footer()), 0);
         QCOMPARE(counter.counts.value(w.root()->titleBar()), 0);

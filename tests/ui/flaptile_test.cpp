@@ -1,0 +1,286 @@
+// Split-flap tiles in virtual time: how long a flip lasts, when it settles and on what, that
+// nothing animates without a change, that a vanished tile is left alone, and that a flip
+// repaints only its own tile.
+#include "flapclock.h"
+#include "flaptext.h"
+#include "flaptile.h"
+
+#include <QImage>
+#include <QPaintEvent>
+#include <QTest>
+
+#include <memory>
+
+using namespace tock;
+
+namespace {
+
+// A clock whose time moves only when the test says so.
+struct VirtualFlap {
+    double t = 100;
+    FlapClock clock{[this] { return t; }, 0.12};
+
+    // Moves to `at` and runs the frame the timer would run there.
+    void frameAt(double at)
+    {
+        t = at;
+        clock.advance();
+    }
+};
+
+// Collects the rectangles a widget is asked to repaint.
+class PaintLog : public QObject {
+public:
+    QRegion painted;
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            painted += static_cast<QPaintEvent *>(event)->region();
+        return false;
+    }
+};
+
+} // namespace
+
+class FlapTileTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void flipTimeFollowsTheSlowdown_data()
+    {
+        QTest::addColumn<std::optional<QString>>("env");
+        QTest::addColumn<double>("expected");
+        QTest::newRow("unset") << std::optional<QString>() << 0.12;
+        QTest::newRow("not a number") << std::optional<QString>("abc") << 0.12;
+        QTest::newRow("empty") << std::optional<QString>("") << 0.12;
+        QTest::newRow("2.5") << std::optional<QString>("2.5") << 0.3;
+        QTest::newRow("10, padded") << std::optional<QString>(" 10 ") << 1.2;
+        QTest::newRow("negative") << std::optional<QString>("-1") << 0.12;
+        QTest::newRow("endless") << std::optional<QString>("inf") << 0.12;
+    }
+    void flipTimeFollowsTheSlowdown()
+    {
+        QFETCH(std::optional<QString>, env);
+        QFETCH(double, expected);
+        QCOMPARE(flipTimeFor(env), expected);
+    }
+
+    // The tile rests on the new character exactly 2 × flip time + 0.03 s after the change.
+    void settlesAtTwoFlipTimesAndAMoment_data()
+    {
+        QTest::addColumn<double>("halfFlip");
+        QTest::addColumn<double>("settle");
+        QTest::newRow("normal") << 0.12 << 0.27;
+        QTest::newRow("slowed 2.5 times") << 0.3 << 0.63;
+    }
+    void settlesAtTwoFlipTimesAndAMoment()
+    {
+        QFETCH(double, halfFlip);
+        QFETCH(double, settle);
+        double t = 50;
+        FlapClock clock([&t] { return t; }, halfFlip);
+        QWidget host;
+        host.show();
+        FlapTile tile(&clock, &host);
+        tile.setGeometry(QRectF(0, 0, 20, 30));
+        tile.setResting(QLatin1Char('4'));
+
+        tile.show(QLatin1Char('5'));
+        QVERIFY(clock.isRunning());
+        t = 50 + settle - 0.001;
+        clock.advance();
+        QVERIFY(tile.isFlipping());
+        QCOMPARE(tile.shown(), QLatin1Char('4'));
+        t = 50 + settle + 1e-9;
+        clock.advance();
+        QVERIFY(!tile.isFlipping());
+        QCOMPARE(tile.shown(), QLatin1Char('5'));
+        QVERIFY(!clock.isRunning());
+    }
+
+    // Only characters that change flip; the same text starts nothing at all, and a text of
+    // another shape is shown at once.
+    void onlyChangedCharactersFlip_data()
+    {
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QString>("after");
+        QTest::addColumn<int>("flipping");
+        QTest::newRow("same text") << "01:23:45" << "01:23:45" << 0;
+        QTest::newRow("one second") << "01:23:45" << "01:23:46" << 1;
+        QTest::newRow("a minute rolls over") << "01:23:59" << "01:24:00" << 3;
+        QTest::newRow("hours grow a digit") << "99:59:59" << "100:00:00" << 0;
+    }
+    void onlyChangedCharactersFlip()
+    {
+        QFETCH(QString, before);
+        QFETCH(QString, after);
+        QFETCH(int, flipping);
+        VirtualFlap v;
+        FlapText text(&v.clock);
+        text.show();
+        text.setText(before);
+        QVERIFY(!v.clock.isRunning());
+
+        text.setText(after);
+        QCOMPARE(v.clock.flippingCount(), flipping);
+        QCOMPARE(v.clock.isRunning(), flipping > 0);
+        QString targets;
+        for (int i = 0; i < text.tileCount(); ++i)
+            targets += text.tile(i)->target();
+        QCOMPARE(targets, QString(after).remove(QLatin1Char(':')));
+    }
+
+    void showingTheShownCharacterStartsNothing()
+    {
+        VirtualFlap v;
+        QWidget host;
+        host.show();
+        FlapTile tile(&v.clock, &host);
+        tile.setGeometry(QRectF(0, 0, 20, 30));
+        tile.setResting(QLatin1Char('7'));
+        const int token = tile.flipToken();
+        tile.show(QLatin1Char('7'));
+        QVERIFY(!tile.isFlipping());
+        QCOMPARE(tile.flipToken(), token);
+        QVERIFY(!v.clock.isRunning());
+    }
+
+    // A second change during a flip wins, even when it goes back to the character the tile
+    // started from.
+    void twoChangesWithinOneFlipSettleOnTheSecond_data()
+    {
+        QTest::addColumn<QChar>("first");
+        QTest::addColumn<QChar>("second");
+        QTest::newRow("onwards") << QChar('6') << QChar('7');
+        QTest::newRow("back") << QChar('6') << QChar('5');
+    }
+    void twoChangesWithinOneFlipSettleOnTheSecond()
+    {
+        QFETCH(QChar, first);
+        QFETCH(QChar, second);
+        VirtualFlap v;
+        QWidget host;
+        host.show();
+        FlapTile tile(&v.clock, &host);
+        tile.setGeometry(QRectF(0, 0, 20, 30));
+        tile.setResting(QLatin1Char('5'));
+
+        tile.show(first);
+        v.frameAt(100.1);
+        tile.show(second);
+        v.frameAt(100.27); // when the first flip would have settled
+        QVERIFY(tile.isFlipping());
+        QCOMPARE(tile.target(), second);
+        v.frameAt(100.1 + 0.27);
+        QVERIFY(!tile.isFlipping());
+        QCOMPARE(tile.shown(), second);
+        QVERIFY(!v.clock.isRunning());
+    }
+
+    // Whatever goes first, the rest must not touch it; under the address sanitizer any touch
+    // is a failure.
+    void aTileGoneMidFlipIsLeftAlone_data()
+    {
+        QTest::addColumn<QString>("gone");
+        QTest::newRow("tile") << "tile";
+        QTest::newRow("row of tiles") << "text";
+        QTest::newRow("clock") << "clock";
+    }
+    void aTileGoneMidFlipIsLeftAlone()
+    {
+        QFETCH(QString, gone);
+        double t = 0;
+        auto clock = std::make_unique<FlapClock>([&t] { return t; }, 0.12);
+        auto text = std::make_unique<FlapText>(clock.get());
+        text->show();
+        text->setText(QStringLiteral("12"));
+        QWidget host;
+        host.show();
+        auto tile = std::make_unique<FlapTile>(clock.get(), &host);
+        tile->setGeometry(QRectF(0, 0, 20, 30));
+        text->setText(QStringLiteral("34"));
+        tile->show(QLatin1Char('9'));
+        t = 0.1;
+        clock->advance();
+        QCOMPARE(clock->flippingCount(), 3);
+
+        if (gone == "clock") {
+            clock.reset();
+            tile->show(QLatin1Char('8'));
+            text->setText(QStringLiteral("56"));
+            QCOMPARE(tile->target(), QLatin1Char('8'));
+            return; // the tile and the row are destroyed after their clock
+        }
+        if (gone == "tile")
+            tile.reset();
+        else
+            text.reset();
+        QCOMPARE(clock->flippingCount(), gone == "tile" ? 2 : 1);
+        t = 1;
+        clock->advance();
+        QCOMPARE(clock->flippingCount(), 0);
+        QVERIFY(!clock->isRunning());
+    }
+
+    // A flip frame asks for the flipping tile's rectangle (leaves' overhang included), not
+    // the whole row.
+    void aFlipRepaintsOnlyItsTile()
+    {
+        VirtualFlap v;
+        QWidget window;
+        auto *text = new FlapText(&v.clock, &window);
+        text->setText(QStringLiteral("00:00"));
+        window.resize(text->sizeHint());
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        PaintLog log;
+        text->installEventFilter(&log);
+
+        text->setText(QStringLiteral("00:01"));
+        v.frameAt(100.05);
+        QTRY_VERIFY(!log.painted.isEmpty());
+        const QRect flipping = text->tile(3)->paintRect();
+        QVERIFY2(flipping.contains(log.painted.boundingRect()),
+                 qPrintable(QStringLiteral("painted %1,%2 %3×%4")
+                                .arg(log.painted.boundingRect().x())
+                                .arg(log.painted.boundingRect().y())
+                                .arg(log.painted.boundingRect().width())
+                                .arg(log.painted.boundingRect().height())));
+    }
+
+    // Faces are rendered once per character, size and pixel ratio, and again at a new ratio so
+    // a tile moved to a sharper screen stays crisp.
+    void facesAreRenderedOncePerPixelRatio()
+    {
+        VirtualFlap v;
+        FlapText text(&v.clock);
+        text.setText(QStringLiteral("AB:BA"));
+        text.resize(text.sizeHint());
+        auto render = [&](qreal dpr) {
+            const int before = FlapTile::renderedFaceCount();
+            QImage image(text.size() * dpr, QImage::Format_ARGB32_Premultiplied);
+            image.setDevicePixelRatio(dpr);
+            text.render(&image);
+            return FlapTile::renderedFaceCount() - before;
+        };
+        QCOMPARE(render(1), 2);
+        QCOMPARE(render(1), 0);
+        QCOMPARE(render(2), 2);
+    }
+
+    // The real clock's timer drives a flip to its end and then stops: an idle row costs nothing.
+    void theRealClockStopsWhenTheFlipsAreOver()
+    {
+        FlapClock clock;
+        FlapText text(&clock);
+        text.show();
+        text.setText(QStringLiteral("1"));
+        text.setText(QStringLiteral("2"));
+        QVERIFY(clock.isRunning());
+        QTRY_VERIFY_WITH_TIMEOUT(!text.tile(0)->isFlipping(), 5000);
+        QVERIFY(!clock.isRunning());
+        QCOMPARE(text.tile(0)->shown(), QLatin1Char('2'));
+    }
+};
+
+QTEST_MAIN(FlapTileTest)
+#include "flaptile_test.moc"
