@@ -1,9 +1,11 @@
 #include "windowapp.h"
 
+#include "dialogs.h"
 #include "rootview.h"
 #include "startup.h"
 #include "store.h"
 #include "tockwindow.h"
+#include "windowinteraction.h"
 
 #include <QApplication>
 #include <QDesktopServices>
@@ -70,19 +72,6 @@ private:
     std::unique_ptr<QSocketNotifier> notifier_;
 };
 
-bool askToConfirm(const Confirmation &question)
-{
-    QMessageBox box;
-    box.setIcon(QMessageBox::Warning);
-    box.setText(question.title);
-    box.setInformativeText(question.text);
-    QPushButton *yes = box.addButton(question.confirmButton, QMessageBox::AcceptRole);
-    box.addButton(question.cancelButton, QMessageBox::RejectRole);
-    box.setDefaultButton(yes);
-    box.exec();
-    return box.clickedButton() == yes;
-}
-
 } // namespace
 
 bool displayMissing()
@@ -112,15 +101,12 @@ int runWindow(const QString &directory)
     AppModel &model = *session.model();
     QObject::connect(&model, &AppModel::exitRequested, qApp, [] { QApplication::quit(); });
     QObject::connect(&model, &AppModel::beepRequested, qApp, [] { QApplication::beep(); });
-    QObject::connect(&model, &AppModel::startFreshRequested, &model, [&model] {
-        if (askToConfirm(AppModel::startFreshQuestion()))
-            model.confirmStartFresh();
-    });
     const QString folder = session.store()->directory();
-    TockWindow window(&model, [folder] { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); });
+    TockWindow window(&model, [folder] { Dialogs::showDataFolder(folder); });
     window.setMargin(desktopComposites() ? TockWindow::Margin::shadow : TockWindow::Margin::none);
     // The one window closing ends the application.
     QObject::connect(&window, &TockWindow::closed, qApp, &QApplication::quit, Qt::QueuedConnection);
+    new WindowInteraction(&model, &window, folder);
     const CloseOnSignal closeOnSignal(&window);
     window.show();
     const int status = QApplication::exec();
