@@ -1,5 +1,7 @@
 #include "terminal.h"
 
+#include "controlsocket.h"
+#include "remoteterminal.h"
 #include "startup.h"
 #include "text.h"
 #include "timevalues.h"
@@ -192,6 +194,9 @@ int runTerminal(const QStringList &lines, const QString &directory, const Servic
 {
     AppSession app(directory, services);
     if (app.start() == AppSession::Start::alreadyRunning) {
+        // The copy holding the folder runs the lines itself when it answers.
+        if (const std::optional<int> status = runOnRunningCopy(lines, ControlSocket::path(directory), out, err))
+            return *status;
         err << alreadyRunningTitle() << '\n' << alreadyRunningText() << '\n';
         err.flush();
         return TerminalStatus::alreadyRunning;

@@ -1,0 +1,340 @@
+// The control socket: where it lives, running lines on the model as typed, raising through a
+// blocking client, clients that misbehave (dropped while the event loop's clock keeps its
+// beat), and the real `tock --shell` talking to a window held by this process.
+#include "controlclient.h"
+#include "controlserver.h"
+#include "instancelock.h"
+#include "modelfixture.h"
+
+#include <QtTest>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QProcess>
+#include <QThread>
+#include <QTimer>
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace tock;
+
+namespace {
+
+// Runs a blocking call on another thread while this thread's event loop serves it.
+template <typename F>
+auto offThread(F call)
+{
+    std::optional<decltype(call())> result;
+    QThread *thread = QThread::create([&] { result = call(); });
+    QEventLoop loop;
+    QObject::connect(thread, &QThread::finished, &loop, &QEventLoop::quit);
+    thread->start();
+    loop.exec(); // the client's own deadlines end it
+    thread->wait();
+    delete thread;
+    return *result;
+}
+
+// The window's once-a-second redraw, faster: the longest gap between its ticks.
+struct Beat {
+    QTimer timer;
+    QElapsedTimer since;
+    qint64 longest = 0;
+    Beat()
+    {
+        QObject::connect(&timer, &QTimer::timeout, &timer, [this] { longest = std::max(longest, since.restart()); });
+        timer.start(20);
+        since.start();
+    }
+};
+
+mode_t modeOf(const QString &path)
+{
+    struct stat status = {};
+    return ::lstat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode : 0;
+}
+
+QString folderOf(const QString &path)
+{
+    return QFileInfo(path).path();
+}
+
+} // namespace
+
+namespace tock {
+char *toString(const ControlReply &reply)
+{
+    return QTest::toString(QStringLiteral("[%1]%2%3%4")
+                               .arg(reply.lines.join(QLatin1Char('|')), reply.isError ? " error" : "",
+                                    reply.failed ? " failed" : "", reply.exit ? " exit" : ""));
+}
+} // namespace tock
+
+class ControlSocketTest : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir runtime_; // made 0700, like the system's per-user runtime folder
+    QTemporaryDir scratch_;
+
+private Q_SLOTS:
+    void initTestCase() { qputenv("XDG_RUNTIME_DIR", runtime_.path().toUtf8()); }
+    void cleanup()
+    {
+        qputenv("XDG_RUNTIME_DIR", runtime_.path().toUtf8());
+        qunsetenv("TMPDIR");
+    }
+
+    void path_data()
+    {
+        QTest::addColumn<QString>("runtime"); // "": unset; "long": private but too long a path
+        QTest::addColumn<QString>("temp");    // the temp folder's tock-<uid> before: absent, private, open, link
+        QTest::addColumn<QString>("where");   // runtime, temp or none
+        QTest::newRow("runtime folder") << "private" << "absent" << "runtime";
+        QTest::newRow("no runtime folder") << "" << "absent" << "temp";
+        QTest::newRow("runtime path too long") << "long" << "absent" << "temp";
+        QTest::newRow("temp folder kept") << "" << "private" << "temp";
+        QTest::newRow("temp folder open to others") << "" << "open" << "none";
+        QTest::newRow("temp folder is a link") << "" << "link" << "none";
+    }
+    void path()
+    {
+        QFETCH(QString, runtime);
+        QFETCH(QString, temp);
+        QFETCH(QString, where);
+        const QTemporaryDir root;
+        const QString tmp = root.filePath(QStringLiteral("tmp"));
+        const QString own = tmp + QStringLiteral("/tock-") + QString::number(::geteuid());
+        QVERIFY(QDir().mkpath(tmp));
+        if (temp == QLatin1String("private") || temp == QLatin1String("open"))
+            QVERIFY(::mkdir(QFile::encodeName(own).constData(), temp == QLatin1String("open") ? 0755 : 0700) == 0);
+        if (temp == QLatin1String("link"))
+            QVERIFY(QFile::link(runtime_.path(), own));
+        qputenv("TMPDIR", tmp.toUtf8());
+        const QString longRuntime = root.filePath(QString(90, QLatin1Char('r')));
+        QVERIFY(::mkdir(QFile::encodeName(longRuntime).constData(), 0700) == 0);
+        if (runtime.isEmpty())
+            qunsetenv("XDG_RUNTIME_DIR");
+        else if (runtime == QLatin1String("long"))
+            qputenv("XDG_RUNTIME_DIR", longRuntime.toUtf8());
+
+        const QString path = ControlSocket::path(scratch_.path());
+        if (where == QLatin1String("none")) {
+            QCOMPARE(path, QString());
+            return;
+        }
+        QCOMPARE(folderOf(path), where == QLatin1String("runtime") ? runtime_.path() : own);
+        QVERIFY(QFile::encodeName(path).size() <= ControlSocket::maxPathBytes);
+        QCOMPARE(modeOf(folderOf(path)) & 07777, mode_t(0700));
+        // One socket per data folder, however the folder is written.
+        QCOMPARE(ControlSocket::path(scratch_.path() + QStringLiteral("/./")), path);
+        QVERIFY(ControlSocket::path(root.path()) != path);
+    }
+
+    void peers()
+    {
+        QVERIFY(ControlSocket::peerAllowed(1000, 1000));
+        QVERIFY(!ControlSocket::peerAllowed(1001, 1000));
+        QVERIFY(!ControlSocket::peerAllowed(0, 1000)); // not even the administrator's copy
+        int fds[2];
+        QVERIFY(::socketpair(AF_UNIX, SOCK_STREAM, 0, fds) == 0);
+        QCOMPARE(ControlSocket::peerUser(fds[0]), std::optional<uid_t>(::geteuid()));
+        ::close(fds[0]);
+        ::close(fds[1]);
+    }
+
+    // What the window does with a line: exactly what typing it does, minus closing itself.
+    void runOnModel_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<ControlReply>("reply");
+        QTest::addColumn<QStringList>("names");
+        const QStringList abc{"A", "B", "C"};
+        QTest::newRow("add") << "add X" << ControlReply{{"added “X” as 4"}} << QStringList{"A", "B", "C", "X"};
+        QTest::newRow("remove") << "rm 2" << ControlReply{{"deleted “B” · undo brings it back"}} << QStringList{"A", "C"};
+        QTest::newRow("unknown") << "bogus" << ControlReply{{"unknown command: bogus (type help)"}, true, true} << abc;
+        QTest::newRow("clear") << "clear" << ControlReply{} << abc;
+        QTest::newRow("blank") << " \t" << ControlReply{} << abc;
+        QTest::newRow("exit") << "exit" << ControlReply{{}, false, false, true} << abc;
+        QTest::newRow("exit misused") << "exit now" << ControlReply{{"usage: exit"}, true, true} << abc;
+    }
+    void runOnModel()
+    {
+        QFETCH(QString, line);
+        QFETCH(ControlReply, reply);
+        QFETCH(QStringList, names);
+        ModelFixture f(WithStore::no);
+        f.m().setPrompt(QStringLiteral("sta"), 2); // someone typing at the window
+        QCOMPARE(ControlServer::runOnModel(f.m(), line), reply);
+        QCOMPARE(f.names(), names);
+        QCOMPARE(f.m().promptText(), QStringLiteral("sta"));
+        QCOMPARE(f.m().promptCaret(), 2);
+        const bool typed = !reply.exit && !line.trimmed().isEmpty();
+        QCOMPARE(ModelProbe::history(f.m()).entries(), typed ? QStringList{line} : QStringList{});
+        QCOMPARE(f.m().shellOutput(), reply.lines); // the window shows it too
+        if (line == QLatin1String("rm 2")) {
+            f.undo.undo();
+            QCOMPARE(f.names(), (QStringList{"A", "B", "C"}));
+        }
+    }
+
+    // Running lines over the socket is checked end to end with the real binary below.
+    void raise()
+    {
+        ControlServer server(ControlSocket::path(scratch_.path()));
+        QVERIFY2(server.listen(), qPrintable(server.errorString()));
+        const QString path = server.path();
+        QCOMPARE(offThread([&] { return ControlClient::raise(path); }), std::optional<bool>(false));
+        int raised = 0;
+        server.setOnRaise([&] { ++raised; });
+        QCOMPARE(offThread([&] { return ControlClient::raise(path); }), std::optional<bool>(true));
+        QCOMPARE(raised, 1);
+        QTRY_COMPARE(server.clientCount(), 0);
+    }
+
+    void noWindowAnswers_data()
+    {
+        QTest::addColumn<QString>("there");
+        QTest::newRow("no private folder") << "";
+        QTest::newRow("nothing at the path") << "nothing";
+        QTest::newRow("a listener that never answers") << "silent";
+    }
+    void noWindowAnswers()
+    {
+        QFETCH(QString, there);
+        const QString path = there.isEmpty() ? QString() : ControlSocket::path(scratch_.path());
+        QLocalServer silent;
+        if (there == QLatin1String("silent"))
+            QVERIFY(silent.listen(path));
+        // Nothing here turns the event loop, so the silent listener never answers.
+        QVERIFY(!ControlClient::ping(path, 200));
+        QVERIFY(!ControlClient::raise(path, 200));
+        QVERIFY(!ControlClient::run(path, {"add X"}, 200));
+    }
+
+    void badClientsAreDropped_data()
+    {
+        QTest::addColumn<QByteArray>("sent");
+        QTest::addColumn<QByteArray>("answer");
+        const QByteArray tooLong = ControlSocket::refusal(QStringLiteral("line too long"));
+        // A run request exactly as long as a line may be; the handler answers its line's length.
+        const qsizetype fill = ControlSocket::maxLineBytes - (ControlSocket::runRequest({}).size() - 1);
+        const QByteArray longest = ControlSocket::runRequest(QString(fill, QLatin1Char('x')));
+        QTest::newRow("not JSON") << QByteArray("hello\n") << QByteArray();
+        QTest::newRow("unknown request") << QByteArray("{\"op\":\"dance\"}\n") << QByteArray();
+        QTest::newRow("run without a line") << QByteArray("{\"op\":\"run\"}\n") << QByteArray();
+        QTest::newRow("line too long, unended") << QByteArray(70000, 'x') << tooLong;
+        QTest::newRow("line too long by one") << QByteArray(ControlSocket::maxLineBytes + 1, 'x') + '\n' << tooLong;
+        QTest::newRow("longest line, then stall") << longest << ControlSocket::runReply({{QString::number(fill)}});
+        QTest::newRow("stalls mid-request") << QByteArray("{\"op\":") << QByteArray();
+        QTest::newRow("says nothing") << QByteArray() << QByteArray();
+    }
+    void badClientsAreDropped()
+    {
+        QFETCH(QByteArray, sent);
+        QFETCH(QByteArray, answer);
+        ControlServer server(ControlSocket::path(scratch_.path()));
+        server.setStallTimeout(2000);
+        server.setOnRun([](const QString &line) { return ControlReply{{QString::number(line.size())}}; });
+        QVERIFY(server.listen());
+        Beat beat;
+        QLocalSocket client;
+        QByteArray received;
+        connect(&client, &QLocalSocket::readyRead, &client, [&] { received += client.readAll(); });
+        client.connectToServer(server.path());
+        QVERIFY(client.waitForConnected(1000));
+        client.write(sent);
+        QTRY_COMPARE_WITH_TIMEOUT(client.state(), QLocalSocket::UnconnectedState, 10000);
+        received += client.readAll();
+        QCOMPARE(received, answer);
+        QVERIFY2(beat.longest < 1000, qPrintable(QStringLiteral("the loop stood still for %1 ms").arg(beat.longest)));
+        QTRY_COMPARE(server.clientCount(), 0);
+        QCOMPARE(offThread([&] { return ControlClient::ping(server.path()); }), true); // still serving
+    }
+
+    void clientsBeyondTheLimitAreClosed()
+    {
+        ControlServer server(ControlSocket::path(scratch_.path()));
+        server.setMaxClients(2);
+        QVERIFY(server.listen());
+        QLocalSocket clients[3];
+        for (QLocalSocket &client : clients) {
+            client.connectToServer(server.path());
+            QVERIFY(client.waitForConnected(1000));
+        }
+        QTRY_COMPARE(clients[2].state(), QLocalSocket::UnconnectedState);
+        QCOMPARE(server.clientCount(), 2);
+        clients[0].abort();
+        QTRY_COMPARE(server.clientCount(), 1);
+        QCOMPARE(offThread([&] { return ControlClient::ping(server.path()); }), true);
+    }
+
+    // The real `tock --shell` while this process holds the data folder and serves its socket.
+    void terminalDrivesTheRunningCopy_data()
+    {
+        QTest::addColumn<bool>("answers");
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("input");
+        QTest::addColumn<QStringList>("printed"); // output lines, error lines marked "! ", status
+        QTest::addColumn<QStringList>("names");
+        QTest::newRow("arguments") << true << QStringList{"add X", "start x", "bogus", "exit", "add Never"} << QByteArray()
+                                   << QStringList{"added “X” as 4", "started “X”", "! unknown command: bogus (type help)", "exit 1"}
+                                   << QStringList{"A", "B", "C", "X"};
+        QTest::newRow("standard input") << true << QStringList() << QByteArray("add Y\n \nrm y\nexit\nadd Never\n")
+                                        << QStringList{"added “Y” as 4", "deleted “Y” · undo brings it back", "exit 0"}
+                                        << QStringList{"A", "B", "C"};
+        QTest::newRow("no answer") << false << QStringList{"add X"} << QByteArray()
+                                   << QStringList{"! Tock is already running",
+                                                  "! Another copy of Tock is using the timer data. Only one copy can run at a time so nothing gets overwritten.",
+                                                  "exit 3"}
+                                   << QStringList{"A", "B", "C"};
+    }
+    void terminalDrivesTheRunningCopy()
+    {
+        QFETCH(bool, answers);
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, input);
+        QFETCH(QStringList, printed);
+        QFETCH(QStringList, names);
+        const QTemporaryDir root;
+        const QString data = root.filePath(QStringLiteral("data"));
+        InstanceLock lock(data);
+        QVERIFY(lock.acquire());
+        ModelFixture f(WithStore::no);
+        ControlServer server(ControlSocket::path(data));
+        server.setOnRun([&f](const QString &line) { return ControlServer::runOnModel(f.m(), line); });
+        QLocalServer silent;
+        QVERIFY(answers ? server.listen() : silent.listen(server.path()));
+
+        QProcess tock;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("TOCK_DATA_DIR"), data);
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), root.filePath(QStringLiteral("config")));
+        tock.setProcessEnvironment(environment);
+        QElapsedTimer took;
+        took.start();
+        tock.start(QStringLiteral(TOCK_BINARY), QStringList{"--shell"} + arguments);
+        tock.write(input);
+        tock.closeWriteChannel();
+        QTRY_COMPARE_WITH_TIMEOUT(tock.state(), QProcess::NotRunning, 60000);
+        QCOMPARE(tock.exitStatus(), QProcess::NormalExit);
+
+        QStringList result;
+        for (const auto &[text, mark] : {std::pair{tock.readAllStandardOutput(), ""}, std::pair{tock.readAllStandardError(), "! "}}) {
+            for (const QString &line : QString::fromUtf8(text).split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+                result << QLatin1String(mark) + line;
+        }
+        QCOMPARE(result << QStringLiteral("exit %1").arg(tock.exitCode()), printed);
+        QCOMPARE(f.names(), names);
+        QCOMPARE(QDir(data).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList{".lock"});
+        if (!answers)
+            QVERIFY(took.elapsed() >= ControlClient::answerMs);
+    }
+};
+
+QTEST_GUILESS_MAIN(ControlSocketTest)
+#include "controlsocket_test.moc"
