@@ -1,5 +1,8 @@
 #include "windowapp.h"
 
+#include "controlclient.h"
+#include "controlserver.h"
+#include "controlsocket.h"
 #include "dialogs.h"
 #include "rootview.h"
 #include "startup.h"
@@ -8,11 +11,7 @@
 #include "windowinteraction.h"
 
 #include <QApplication>
-#include <QDesktopServices>
-#include <QMessageBox>
-#include <QPushButton>
 #include <QSocketNotifier>
-#include <QUrl>
 
 #include <csignal>
 #include <sys/socket.h>
@@ -93,9 +92,13 @@ QString noDisplayMessage()
 int runWindow(const QString &directory)
 {
     AppSession session(directory, Services::real());
+    const QString socket = ControlSocket::path(directory);
     if (session.start() == AppSession::Start::alreadyRunning) {
-        QMessageBox::information(nullptr, QStringLiteral("Tock"), alreadyRunningTitle() + QStringLiteral("\n\n")
-                                                                      + alreadyRunningText());
+        // The running copy comes to the front and this one leaves quietly; only a copy that
+        // does not answer needs the alert.
+        if (ControlClient::raise(socket))
+            return 0;
+        Dialogs::showStartAlert(alreadyRunningTitle(), alreadyRunningText());
         return 3;
     }
     AppModel &model = *session.model();
@@ -107,6 +110,14 @@ int runWindow(const QString &directory)
     // The one window closing ends the application.
     QObject::connect(&window, &TockWindow::closed, qApp, &QApplication::quit, Qt::QueuedConnection);
     new WindowInteraction(&model, &window, folder);
+    ControlServer control(socket);
+    control.setOnRaise([&window] {
+        window.showNormal();
+        window.raise();
+        window.activateWindow();
+    });
+    control.setOnRun([&model](const QString &line) { return ControlServer::runOnModel(model, line); });
+    control.listen(); // without it a second copy shows the alert instead; nothing else is lost
     const CloseOnSignal closeOnSignal(&window);
     window.show();
     const int status = QApplication::exec();
