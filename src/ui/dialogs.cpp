@@ -74,6 +74,8 @@ QMessageBox *showAbout(QWidget *parent, const QString &folder)
                      .arg(AppInfo::name().toHtmlEscaped(), AppInfo::versionLine().toHtmlEscaped()));
     box->setInformativeText(html);
     box->setStandardButtons(QMessageBox::Ok);
+    // Wide enough that the key line stays one line.
+    box->setStyleSheet(QStringLiteral("QLabel { min-width: 26em; }"));
     box->setModal(false);
     box->show();
     box->raise();
