@@ -1,6 +1,7 @@
 #include "rootview.h"
 
 #include "draw.h"
+#include "flapclock.h"
 #include "footer.h"
 #include "noticebanner.h"
 #include "rowlist.h"
@@ -45,7 +46,7 @@ protected:
 } // namespace
 
 RootView::RootView(AppModel *model, QWidget *parent, WindowActions actions)
-    : View(model, parent), actions_(std::move(actions)), title_(new TitleBar(model, this)),
+    : View(model, parent), actions_(std::move(actions)), flapClock_(new FlapClock(this)), title_(new TitleBar(model, this)),
       banner_(new NoticeBanner(model, this, actions_.showFiles)), rows_(new RowList(model, this)),
       hint_(new EmptyHint(model, this)), footer_(new Footer(model, this)), scrim_(new MenuScrim(model, this)),
       menu_(new StyleMenu(model, this)), overlay_(new OverlayView(model, this))
@@ -225,6 +226,12 @@ void RootView::menuChanged()
     for (const StyleID style : StyleIDs::allCases())
         menu_->item(style)->update();
     title_->styleButton()->update();
+}
+
+void RootView::setAnimated(bool animated)
+{
+    animated_ = animated;
+    rows_->refreshAll();
 }
 
 void RootView::resizeEvent(QResizeEvent *)

@@ -10,6 +10,7 @@
 namespace tock {
 
 class EmptyHint;
+class FlapClock;
 class Footer;
 class NoticeBanner;
 class RowList;
@@ -44,7 +45,10 @@ public:
     StyleMenu *styleMenu() const { return menu_; }
 
     // Animations off: every change shows at once (screenshots, benchmarks).
-    void setAnimated(bool animated) { animated_ = animated; }
+    void setAnimated(bool animated);
+    bool isAnimated() const { return animated_; }
+    // The one clock behind every split-flap tile of the window.
+    FlapClock *flapClock() const { return flapClock_; }
 
 Q_SIGNALS:
     void contentSizeChanged();
@@ -64,6 +68,7 @@ private:
     qreal inset() const;
 
     WindowActions actions_;
+    FlapClock *flapClock_;
     TitleBar *title_;
     NoticeBanner *banner_;
     RowList *rows_;

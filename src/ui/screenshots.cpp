@@ -1,5 +1,6 @@
 #include "screenshots.h"
 
+#include "editmask.h"
 #include "rootview.h"
 #include "timeedit.h"
 #include "tockwindow.h"
@@ -148,12 +149,16 @@ std::unique_ptr<AppModel> sceneModel(const QString &scene, StyleID style, UndoMa
     return model;
 }
 
-QImage render(AppModel &model, qreal pixelRatio, bool inactive)
+QImage render(AppModel &model, qreal pixelRatio, bool inactive, std::optional<TimeField> maskField)
 {
     TockWindow window(&model, {});
-    window.setAnimated(false);
     window.setProperty("tockInactive", inactive);
+    window.setAnimated(false);
     window.fitToContent();
+    if (maskField) {
+        for (EditMask *mask : window.findChildren<EditMask *>())
+            mask->setMaskCursor(MaskCursor(*maskField, true));
+    }
     QImage image(window.size() * pixelRatio, QImage::Format_ARGB32_Premultiplied);
     image.setDevicePixelRatio(pixelRatio);
     image.fill(Qt::transparent);
@@ -185,7 +190,9 @@ int writeAll(const QString &directory, QTextStream &err)
         for (const QString &scene : scenes()) {
             UndoManager undo;
             std::unique_ptr<AppModel> model = sceneModel(scene, style, undo);
-            const QImage image = render(*model, 2, scene == QLatin1String("inactive"));
+            const std::optional<TimeField> cursor =
+                scene == QLatin1String("edit") ? std::optional<TimeField>(TimeField::minutes) : std::nullopt;
+            const QImage image = render(*model, 2, scene == QLatin1String("inactive"), cursor);
             const QString file = raw + QLatin1Char('/') + scene + QStringLiteral(".png");
             if (!image.save(root.filePath(file))) {
                 err << "tock: could not write " << root.filePath(file) << '\n';

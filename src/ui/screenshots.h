@@ -3,6 +3,7 @@
 #pragma once
 
 #include "appmodel.h"
+#include "timeedit.h"
 
 #include <QImage>
 #include <QString>
@@ -10,6 +11,7 @@
 #include <QTextStream>
 
 #include <memory>
+#include <optional>
 
 namespace tock {
 
@@ -25,8 +27,9 @@ Services stillServices();
 // A model without a store showing `scene` in `style`; `undo` must outlive it.
 std::unique_ptr<AppModel> sceneModel(const QString &scene, StyleID style, UndoManager &undo);
 
-// The window rendered into a transparent image at `pixelRatio`.
-QImage render(AppModel &model, qreal pixelRatio, bool inactive);
+// The window rendered into a transparent image at `pixelRatio`; an open time mask shows its
+// cursor on `maskField` when given.
+QImage render(AppModel &model, qreal pixelRatio, bool inactive, std::optional<TimeField> maskField = std::nullopt);
 
 // Writes DIR/<style>/<scene>.png for every style and scene and DIR/index.html. Returns the exit
 // status (0, or 1 with a message on `err` when a file could not be written).

@@ -2,6 +2,9 @@
 
 #include "draw.h"
 #include "editmask.h"
+#include "flapclock.h"
+#include "flaptext.h"
+#include "rootview.h"
 #include "namefield.h"
 #include "glyph.h"
 #include "timevalues.h"
@@ -140,11 +143,57 @@ void LiveTimeButton::onTick()
         shownLength_ = shown.size();
         Q_EMIT widthChanged();
     }
-    update();
+    if (flap_)
+        flap_->setText(shown); // flips only the tiles whose digit changed
+    else
+        update();
+}
+
+void LiveTimeButton::restyle()
+{
+    const Theme &t = theme();
+    const RootView *root = nullptr;
+    for (QWidget *w = parentWidget(); w && !root; w = w->parentWidget())
+        root = qobject_cast<RootView *>(w);
+    if (t.timeKind != TimeKind::flap || !root) {
+        delete flap_;
+        flap_ = nullptr;
+        update();
+        return;
+    }
+    if (!flap_) {
+        flap_ = new FlapText(root->flapClock(), this);
+        flap_->setAttribute(Qt::WA_TransparentForMouseEvents);
+        flap_->show();
+    }
+    const qreal z = zoom();
+    const std::optional<TimerItem> timer = timerOf(model(), id_);
+    FlapStyle style = FlapStyle::board();
+    style.font = t.timeFont;
+    style.tile = t.wellFill;
+    style.ink = timer && timer->isRunning() ? t.runningTimeInk : t.timeInk;
+    style.split = t.windowFill;
+    style.separatorInk = t.muted;
+    style.tileSize = QSizeF(tileWidth(t), tileHeight(t)) * z;
+    style.radius = t.wellShape.radius * z;
+    style.gap = tileGap() * z;
+    style.separatorWidth = (colonWidth(t) - tileGap()) * z;
+    flap_->setStyle(style);
+    flap_->setAnimated(root->isAnimated());
+    flap_->setText(text());
+    flap_->setGeometry(rect());
+}
+
+void LiveTimeButton::resizeEvent(QResizeEvent *)
+{
+    if (flap_)
+        flap_->setGeometry(rect());
 }
 
 void LiveTimeButton::paintEvent(QPaintEvent *)
 {
+    if (flap_)
+        return; // the tiles draw themselves
     QPainter painter(this);
     begin(painter);
     const Theme &t = theme();
@@ -380,6 +429,7 @@ void TimerRow::refresh()
     play_->setAccessibleName(running ? QStringLiteral("Pause") : QStringLiteral("Start"));
     play_->setToolTip(play_->accessibleName());
     time_->setAccessibleName(LiveTimeButton::accessibleText(time_->text()));
+    time_->restyle();
     const Theme &t = theme();
     const std::optional<bool> active =
         window()->property("tockInactive").toBool() ? std::optional<bool>(false) : std::nullopt;

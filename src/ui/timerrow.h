@@ -13,6 +13,7 @@ class QVariantAnimation;
 namespace tock {
 
 class EditMask;
+class FlapText;
 class NameField;
 
 // The time display: redrawn by the shared display tick (only while its timer runs), and only
@@ -26,6 +27,9 @@ public:
     static qreal heightFor(const Theme &theme);
     QString text() const;
     static QString accessibleText(const QString &time);
+    // The theme or zoom changed: the split-flap tiles come, go or restyle.
+    void restyle();
+    FlapText *flapText() const { return flap_; }
 
 Q_SIGNALS:
     // The shown text changed length (99:59:59 to 100:00:00): the row must make room.
@@ -34,12 +38,14 @@ Q_SIGNALS:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     void onTick();
     void paintTiles(QPainter &painter, const QRectF &rect, const QString &text, bool running);
     QUuid id_;
     qsizetype shownLength_ = 0;
+    FlapText *flap_ = nullptr; // the tiles, in themes that draw the time on them
 };
 
 // The delete button behind a row, uncovered when the row slides left.
