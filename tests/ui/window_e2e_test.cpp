@@ -16,6 +16,7 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QtTest>
 
 using namespace tock;
@@ -51,6 +52,7 @@ private:
     std::unique_ptr<QTemporaryDir> home_;
     QString data_;
     QString window_;
+    QTemporaryFile suppressions_;
 
     // Runs xdotool to its end and returns what it printed.
     QString xdo(const QStringList &arguments)
@@ -104,6 +106,12 @@ private Q_SLOTS:
         env_ = QProcessEnvironment::systemEnvironment();
         env_.remove("QT_QPA_PLATFORM");
         env_.insert("DISPLAY", QString(":%1").arg(display));
+        // The desktop's message-bus library keeps a buffer to the end; under the leak checker
+        // that is not Tock's to answer for.
+        suppressions_.open();
+        suppressions_.write("leak:libdbus-1.so\n");
+        suppressions_.flush();
+        env_.insert("LSAN_OPTIONS", env_.value("LSAN_OPTIONS") + ":suppressions=" + suppressions_.fileName());
     }
 
     void cleanup()
@@ -161,8 +169,7 @@ private Q_SLOTS:
         // Ctrl+W closes the window and ends the application.
         keys({"ctrl+w"});
         QVERIFY(tock_.waitForFinished(10000));
-        QCOMPARE(tock_.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(tock_.exitCode(), 0);
+        QVERIFY2(tock_.exitStatus() == QProcess::NormalExit && tock_.exitCode() == 0, tock_.readAllStandardError().constData());
         QCOMPARE(saved(data_), set);
     }
 
@@ -177,7 +184,7 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(saved(data_).value(1).startsWith("Timer 2>"), 10000);
         tock_.terminate();
         QVERIFY(tock_.waitForFinished(10000));
-        QCOMPARE(tock_.exitCode(), 0);
+        QVERIFY2(tock_.exitCode() == 0, tock_.readAllStandardError().constData());
         QVERIFY2(saved(data_).value(1).startsWith("Timer 2="), qPrintable(saved(data_).join(", ")));
         launch(Folder::same); // the folder is free again at once
         QCOMPARE(tock_.state(), QProcess::Running);
