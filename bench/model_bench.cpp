@@ -100,7 +100,7 @@ private slots:
         QFETCH(qsizetype, size);
         Board board = runningBoard(size);
         QBENCHMARK {
-            board.move({0}, size); // top to bottom
+            board.move(0, size - 1); // top to bottom
         }
     }
 

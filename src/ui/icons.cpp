@@ -91,6 +91,19 @@ QRectF centredSquare(const QRectF &frame)
     return QRectF(frame.center().x() - side / 2, frame.center().y() - side / 2, side, side);
 }
 
+// A word centred on the frame but never clipped by it: a word is as wide as it is.
+void drawWord(QPainter &painter, const QString &word, const QRectF &frame, const QColor &color,
+              const QFont &font)
+{
+    painter.save();
+    painter.setFont(font);
+    painter.setPen(color);
+    const qreal wide = 1e4;
+    painter.drawText(QRectF(frame.center().x() - wide / 2, frame.top(), wide, frame.height()),
+                     Qt::AlignCenter | Qt::TextDontClip, word);
+    painter.restore();
+}
+
 QPainterPath polyline(std::initializer_list<QPointF> points)
 {
     QPainterPath path;
@@ -342,17 +355,9 @@ void Icon::paint(QPainter &painter, IconName name, IconKind kind, const QRectF &
     case IconKind::pixel:
         PixelIcon::paint(painter, PixelIcon::rows(name), frame, color);
         return;
-    case IconKind::word: {
-        painter.save();
-        painter.setFont(wordFont);
-        painter.setPen(color);
-        // Centred on the frame but never clipped by it: a word is as wide as it is.
-        const qreal wide = 1e4;
-        painter.drawText(QRectF(frame.center().x() - wide / 2, frame.top(), wide, frame.height()),
-                         Qt::AlignCenter | Qt::TextDontClip, IconButtonBody::word(name));
-        painter.restore();
+    case IconKind::word:
+        drawWord(painter, IconButtonBody::word(name), frame, color, wordFont);
         return;
-    }
     }
 }
 
@@ -369,13 +374,7 @@ void Icon::paint(QPainter &painter, IconName name, const Theme &theme, const QRe
         paint(painter, name, theme.icons, frame, color, theme.labelFont);
         return;
     }
-    painter.save();
-    painter.setFont(theme.labelFont);
-    painter.setPen(color);
-    const qreal wide = 1e4;
-    painter.drawText(QRectF(frame.center().x() - wide / 2, frame.top(), wide, frame.height()),
-                     Qt::AlignCenter | Qt::TextDontClip, text(name, theme));
-    painter.restore();
+    drawWord(painter, text(name, theme), frame, color, theme.labelFont);
 }
 
 qreal Icon::naturalWidth(IconName name, const Theme &theme)

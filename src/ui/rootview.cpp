@@ -79,7 +79,7 @@ RootView::RootView(AppModel *model, QWidget *parent, WindowActions actions)
     connect(model, &AppModel::toastChanged, this, [this] { footer_->followToast(animated_ && isVisible()); });
     connect(footer_, &Footer::heightChanged, this, [this] { relayout(); });
     const auto promptChanged = [this] {
-        if (footer_->promptView()->isVisible()) {
+        if (theme().addStyle == AddStyle::prompt) {
             footer_->promptView()->update();
             relayout();
         }

@@ -67,6 +67,9 @@ private:
     void menuChanged();
     qreal inset() const;
 
+    // Set before the parts are built: the rows read them while the root is still constructing.
+    qreal heightCap_ = 1e9;
+    bool animated_ = true;
     WindowActions actions_;
     FlapClock *flapClock_;
     TitleBar *title_;
@@ -77,8 +80,6 @@ private:
     View *scrim_;
     StyleMenu *menu_;
     View *overlay_;
-    qreal heightCap_ = 1e9;
-    bool animated_ = true;
     QSizeF lastSize_;
 };
 

@@ -49,6 +49,8 @@ QFont gridFont(const QString &family, int size)
     return font;
 }
 
+// TockPixel has eight cells to the em: sizes in tens land its cells on whole pixels at the
+// default zoom (0.8) on both plain and double-density screens.
 QFont pixelFont(int size) { return gridFont(QStringLiteral("TockPixel"), size); }
 QFont termFont(int size) { return gridFont(QStringLiteral("TockTerm"), size); }
 
@@ -268,7 +270,7 @@ Theme buildGameboy()
     t.titleRule = SeparatorKind::solid;
     t.titleRuleWidth = 2;
     t.titleText = QStringLiteral("TOCK");
-    t.titleFont = pixelFont(16);
+    t.titleFont = pixelFont(20);
     t.titleInk = D::c0;
     t.titleTracking = 2;
     t.titleCentered = true;
@@ -319,7 +321,7 @@ Theme buildGameboy()
 
     t.labelCase = TextCase::upper;
     t.nameCase = TextCase::unchanged;
-    t.nameFont = pixelFont(12);
+    t.nameFont = pixelFont(10);
     t.nameInk = D::c0;
     t.nameTracking = 0;
     t.timeKind = TimeKind::plain;
@@ -610,12 +612,12 @@ Theme buildAmber()
 
     t.labelCase = TextCase::upper;
     t.nameCase = TextCase::unchanged;
-    t.nameFont = termFont(14);
+    t.nameFont = termFont(12);
     t.nameInk = A::ink;
     t.nameTracking = 0;
     t.timeKind = TimeKind::plain;
-    t.timeSize = 22;
-    t.timeFont = termFont(22);
+    t.timeSize = 18;
+    t.timeFont = termFont(18);
     t.timeInk = A::ink;
     t.runningTimeInk = A::ink;
     t.timeTracking = 0;
@@ -669,9 +671,9 @@ Theme buildAmber()
     t.fieldHardShadow = false;
     t.invalidFill = QColor(0x4A, 0x1A, 0x0E);
     t.invalidInk = QColor(0xFF, 0x8A, 0x5C);
-    t.fieldDigitSize = 22;
-    t.digitFont = termFont(22);
-    t.digitAdvance = 13.2; // the font's 6-by-10 cell at this size
+    t.fieldDigitSize = 18;
+    t.digitFont = termFont(18);
+    t.digitAdvance = 10.5; // the font's seven-column advance at this size
     t.caret = CaretKind::block;
     t.steadyCursor = false;
 

@@ -247,7 +247,8 @@ struct Theme {
 
     friend bool operator==(const Theme &, const Theme &) = default;
 
-    // The seven themes, each built once on first use.
+    // The seven themes, each built once on first use. The system fonts are looked up then, so
+    // the first use must come after the application object exists.
     static const Theme &classic();
     static const Theme &color();
     static const Theme &gameboy();

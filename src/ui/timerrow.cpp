@@ -181,7 +181,7 @@ void LiveTimeButton::restyle()
     flap_->setStyle(style);
     flap_->setAnimated(root->isAnimated());
     flap_->setText(text());
-    flap_->setGeometry(rect());
+    View::place(flap_, rect());
 }
 
 void LiveTimeButton::resizeEvent(QResizeEvent *)
@@ -485,7 +485,7 @@ void TimerRow::relayout()
         const QSizeF maskSize = QSizeF(mask_->sizeHint()) / zoom();
         const qreal maskLeft = right + timeWidth - maskSize.width();
         const QRectF maskRect(maskLeft, mid - maskSize.height() / 2, maskSize.width(), maskSize.height());
-        mask_->setGeometry(face_->zoomedRect(maskRect));
+        View::place(mask_, face_->zoomedRect(maskRect));
         right = std::min(right, maskLeft);
     }
     right -= 8;
@@ -498,12 +498,12 @@ void TimerRow::relayout()
     if (t.leaderDots) {
         // The name takes what it needs; the dots fill the rest up to the time.
         const qreal nameWidth = std::min(Draw::textWidth(nameFont, shownName()) + 2 * namePad + 2, right - left);
-        name_->setGeometry(face_->zoomedRect(QRectF(left, mid - nameHeight / 2, nameWidth, nameHeight)));
+        View::place(name_, face_->zoomedRect(QRectF(left, mid - nameHeight / 2, nameWidth, nameHeight)));
         dots_->setUnzoomedGeometry(QRectF(left + nameWidth + 4, mid - nameHeight / 2,
                                           std::max<qreal>(0, right - left - nameWidth - 4), nameHeight));
         dots_->show();
     } else {
-        name_->setGeometry(face_->zoomedRect(QRectF(left, mid - nameHeight / 2, std::max<qreal>(0, right - left), nameHeight)));
+        View::place(name_, face_->zoomedRect(QRectF(left, mid - nameHeight / 2, std::max<qreal>(0, right - left), nameHeight)));
         dots_->hide();
     }
 }

@@ -320,7 +320,7 @@ QRectF TitleBar::titleRect() const
     // The free stretch between the controls: lights lead on the left, boxes and the style
     // button close the bar on the right.
     qreal left = t.contentPadding;
-    qreal right = styleButton_->x() / zoom() - 10;
+    qreal right = styleButton_->x() / zoom() - 6;
     if (lights(t))
         left = (buttons_->x() + buttons_->width()) / zoom() + 10;
     if (t.titleCentered) {

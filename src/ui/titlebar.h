@@ -81,6 +81,8 @@ public:
     WindowButtons *windowButtons() const { return buttons_; }
     StyleButton *styleButton() const { return styleButton_; }
     void relayout();
+    // Where the title text goes, in unzoomed points: clear of the buttons on either side.
+    QRectF titleRect() const;
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -90,7 +92,6 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
-    QRectF titleRect() const;
     WindowButtons *buttons_;
     StyleButton *styleButton_;
     QPoint pressGlobal_;

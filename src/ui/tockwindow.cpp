@@ -74,7 +74,7 @@ void TockWindow::fitToContent()
     root_->setHeightCap((model_->screenHeight() - 2 * margin - 40) / z);
     const QSizeF content = root_->contentSize();
     const QSize card(int(std::lround(content.width() * z)), int(std::lround(content.height() * z)));
-    root_->setGeometry(QRect(QPoint(margin, margin), card));
+    View::place(root_, QRect(QPoint(margin, margin), card));
     const QSize total = card + QSize(2 * margin, 2 * margin);
     if (size() != total)
         setFixedSize(total);

@@ -1,5 +1,8 @@
 #include "view.h"
 
+#include <QCoreApplication>
+#include <QResizeEvent>
+
 #include <cmath>
 
 namespace tock {
@@ -29,7 +32,17 @@ void View::setUnzoomedGeometry(const QRectF &rect)
     const int top = int(std::lround(rect.top() * z));
     const int right = int(std::lround(rect.right() * z));
     const int bottom = int(std::lround(rect.bottom() * z));
-    setGeometry(left, top, std::max(0, right - left), std::max(0, bottom - top));
+    place(this, QRect(left, top, std::max(0, right - left), std::max(0, bottom - top)));
+}
+
+void View::place(QWidget *widget, const QRect &geometry)
+{
+    const QSize old = widget->size();
+    widget->setGeometry(geometry);
+    if (!widget->isVisible() && old != geometry.size()) {
+        QResizeEvent event(geometry.size(), old);
+        QCoreApplication::sendEvent(widget, &event);
+    }
 }
 
 bool View::looksActive() const

@@ -24,6 +24,10 @@ public:
     QRectF unzoomedRect() const { return QRectF(QPointF(0, 0), unzoomedSize()); }
     // Places the view at `rect` given in the parent's unzoomed points.
     void setUnzoomedGeometry(const QRectF &rect);
+    // Sets a widget's geometry and lays out its children at once, even while it is hidden (Qt
+    // holds a hidden widget's resize event back until it is shown, and still renders and
+    // measurements must not wait for that).
+    static void place(QWidget *widget, const QRect &geometry);
     // A position from a mouse event in unzoomed points.
     QPointF unzoomed(const QPointF &position) const { return position / zoom(); }
     // The widget rectangle covering `rect` given in unzoomed points (for update(rect)).

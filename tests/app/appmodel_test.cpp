@@ -1,6 +1,7 @@
 // The model's actions and interface state: the edit mask around commits, swipes, zoom,
 // settings, names and the storage banner texts. Everything runs in virtual time.
 #include "modeltest.h"
+#include "table.h"
 
 using namespace tock;
 
@@ -53,6 +54,85 @@ private Q_SLOTS:
         QCOMPARE(s.value("style"), std::optional<QVariant>("braun"));
         f.advance(0.3);
         QCOMPARE(f.saved()->style, std::optional<QString>("braun"));
+    }
+
+    // Each shell line on A, B, C (B at 60 s): what boardChanged said, one entry per signal.
+    void boardChangeNamesTheRows_data()
+    {
+        table<QString, QStringList>({"line", "expected"}, {
+            {"add D", {"+D@3"}},
+            {"rename 2 X", {"~X"}},
+            {"rename 2 B", {}},
+            {"start 1", {"~A"}},
+            {"start all", {"~A ~B ~C"}},
+            {"pause all", {}},
+            {"reset 2", {"~B"}},
+            {"reset 1", {}}, // already zero and paused
+            {"rm 2", {"-B"}},
+            {"rm all", {"-A", "-B", "-C"}},
+            {"mv 1 3", {"A:0>2"}},
+            {"mv 3 1", {"C:2>0"}},
+            {"mv 2 2", {}},
+            {"set 1 5m", {"~A"}},
+            {"style amber", {}},
+        });
+    }
+
+    void boardChangeNamesTheRows()
+    {
+        QFETCH(QString, line);
+        QFETCH(QStringList, expected);
+        ModelFixture f(WithStore::yes, {"A", "B", "C"}, std::nullopt, {0, 60});
+        QStringList seen;
+        Board before = f.m().board();
+        QObject::connect(&f.m(), &AppModel::boardChanged, [&](const BoardChange &change) {
+            seen << describe(change, before, f.m().board());
+            QCOMPARE(BoardChange::between(before, f.m().board()), change);
+            before = f.m().board();
+        });
+        f.shell(line);
+        QVERIFY2(!f.m().shellOutputIsError(), qPrintable(f.m().shellOutput().join(' ')));
+        QCOMPARE(seen, expected);
+        if (line.startsWith("rm") || line.startsWith("reset 2") || line.startsWith("set")) {
+            seen.clear();
+            f.shell("undo"); // what comes back is named too
+            QCOMPARE(seen.size(), expected.size());
+        }
+    }
+
+    // Fewest moves: a timer that only slid along is not reported.
+    void boardChangeBetween_data()
+    {
+        table<QString, QString, QString>({"before", "after", "change"}, {
+            {"ABCD", "ABCD", ""},
+            {"ABCD", "BCDA", "A:0>3"},
+            {"ABCD", "DABC", "D:3>0"},
+            {"ABCD", "BADC", "B:1>0 D:3>2"},
+            {"ABC", "CBA", "C:2>0 B:1>1"}, // B keeps its index but not its order
+            {"ABC", "AXC", "+X@1 -B"},
+            {"ABCD", "DBC", "-A D:3>0"},
+            {"AB", "", "-A -B"},
+        });
+    }
+
+    void boardChangeBetween()
+    {
+        QFETCH(QString, before);
+        QFETCH(QString, after);
+        QHash<QChar, TimerItem> timers;
+        const auto board = [&](const QString &letters) {
+            Board b;
+            for (const QChar c : letters) {
+                if (!timers.contains(c))
+                    timers.insert(c, TimerItem{QUuid::createUuid(), QString(c), 0, {}});
+                b.timers << timers.value(c);
+            }
+            return b;
+        };
+        const Board old = board(before);
+        const Board now = board(after);
+        QTEST(describe(BoardChange::between(old, now), old, now), "change");
+        QCOMPARE(BoardChange::between(old, now).isEmpty(), before == after);
     }
 
     void withoutAStoreNothingTicksSavesOrWritesSettings()

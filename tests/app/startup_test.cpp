@@ -4,6 +4,7 @@
 // statuses, what ends up on disk). Each run of the binary folds in several checks, as runs are slow.
 #include "snapshot.h"
 #include "startup.h"
+#include "terminal.h"
 #include "virtualservices.h"
 
 #include <QDir>
@@ -231,6 +232,22 @@ private Q_SLOTS:
         QVERIFY(run.value(1).startsWith(QStringLiteral("tock ")));
         QCOMPARE(run.mid(2), QStringList({"! nothing to undo", "exit 1"}));
         QCOMPARE(saved(data_).last(), QStringLiteral("A 5400"));
+    }
+
+    // A save that fails is news on standard error and fails the run, though every line worked.
+    void aFailedSaveFailsTheRun()
+    {
+        const QString folder = data_;
+        // The save's temporary file cannot be written where a folder of that name stands.
+        QVERIFY(QDir().mkpath(folder + QStringLiteral("/.timers.json.%1.tmp").arg(QCoreApplication::applicationPid())));
+        VirtualServices virt;
+        QString outText;
+        QString errText;
+        QTextStream out(&outText);
+        QTextStream err(&errText);
+        QCOMPARE(runTerminal({"add A"}, folder, virt.services(), out, err), TerminalStatus::failed);
+        QCOMPARE(outText, QString::fromUtf8("added “A” as 4\n"));
+        QVERIFY2(errText.startsWith(StorageNotice::saveFailed({}).title() + '\n'), qPrintable(errText));
     }
 
     void linesFromArguments()

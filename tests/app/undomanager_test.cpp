@@ -2,6 +2,7 @@
 #include "undomanager.h"
 
 #include <QSignalSpy>
+#include <QUuid>
 #include <QTest>
 
 using namespace tock;
@@ -81,6 +82,26 @@ private Q_SLOTS:
         m.undo();
         QCOMPARE(order.size(), 9);
         QVERIFY(!m.canUndo());
+    }
+
+    // A handler taken out of order is skipped when its step comes up, and taken only once,
+    // also after the stack ran it.
+    void tokensTakenOutOfOrder()
+    {
+        UndoManager m;
+        QStringList ran;
+        const QUuid a = QUuid::createUuid();
+        const QUuid b = QUuid::createUuid();
+        m.registerUndo([&] { ran << "a"; }, a);
+        m.registerUndo([&] { ran << "b"; m.registerUndo([&] { ran << "redo b"; }); }, b);
+        QVERIFY(m.isNextUndo(b) && !m.isNextUndo(a));
+        QVERIFY(m.takeOutOfOrder(a));
+        QVERIFY(!m.takeOutOfOrder(a));
+        m.undo();
+        QVERIFY(!m.takeOutOfOrder(b)); // the stack ran it; its redo step remembers
+        m.undo();
+        QCOMPARE(ran, QStringList{"b"});
+        QVERIFY(!m.canUndo() && m.canRedo());
     }
 
     void changedSignalAndRemoveAll()

@@ -1,6 +1,7 @@
 // The timer model: the board, its undo entries and the style identifiers.
 #include "board.h"
 #include "styleid.h"
+#include "table.h"
 
 #include <QCoreApplication>
 #include <QProcess>
@@ -48,7 +49,7 @@ private slots:
             {{"A", "Timer 3"}, "Timer 4"}, // counts from the number of timers
             {{"Timer 1", "Timer 3"}, "Timer 4"}, // a gap is not reused
             {{"A", "Timer 5", "Timer 7", "Timer 6"}, "Timer 8"},
-            {{"timer 2", "Timer 03", "Timer 3 "}, "Timer 4"}, // only the exact text counts
+            {{"timer 4", "Timer 04", "Timer 4 "}, "Timer 4"}, // only the exact text counts
             {{"Timer 99999999999999999999999"}, "Timer 2"},
         };
         for (const auto &[names, expected] : rows) {
@@ -159,19 +160,26 @@ private slots:
     }
 
     // Moves within "ABCD": from, to, the result.
-    void move()
+    void move_data()
     {
-        const QList<std::tuple<qsizetype, qsizetype, QString>> rows{
+        table<qsizetype, qsizetype, QString>({"from", "to", "expected"}, {
             {0, 3, "BCDA"},
             {3, 0, "DABC"},
             {1, 2, "ACBD"},
             {2, 2, "ABCD"},
-        };
-        for (const auto &[from, to, expected] : rows) {
-            Board board = lettered("ABCD");
-            board.move(from, to);
-            QCOMPARE(letters(board), expected);
-        }
+        });
+    }
+    void move()
+    {
+        QFETCH(qsizetype, from);
+        QFETCH(qsizetype, to);
+        Board board = lettered("ABCD");
+        board.move(from, to);
+        QTEST(letters(board), "expected");
+    }
+
+    void moveOutsideTheBoardStops()
+    {
         for (const QString offset : {"2", "-1"}) {
             QProcess child; // main() below performs the bad move
             child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--bad-move"), offset});

@@ -1,6 +1,7 @@
 // The command language: words, commands, times, targets, completion and the prompt's history.
 #include "shell.h"
 #include "shellhistory.h"
+#include "table.h"
 
 #include <QMetaType>
 #include <QTest>
@@ -54,25 +55,6 @@ QString shellErrorOf(F &&f)
         return e.message;
     }
     return QStringLiteral("<no error>");
-}
-
-// Declares the columns and adds one row per tuple, tagged by its number and, when the first
-// column is text, that text.
-template <typename... Cols>
-void table(std::initializer_list<const char *> columns, std::initializer_list<std::tuple<Cols...>> rows)
-{
-    auto column = columns.begin();
-    (QTest::addColumn<Cols>(*column++), ...);
-    int n = 0;
-    for (const auto &row : rows) {
-        QString tag = QString::number(++n);
-        if constexpr (std::is_same_v<std::tuple_element_t<0, std::tuple<Cols...>>, QString>)
-            tag += u' ' + std::get<0>(row);
-        for (QChar &c : tag) // line breaks would split the test log's line
-            c = c.unicode() < 0x20 ? u'?' : c;
-        QTestData &data = QTest::newRow(qPrintable(tag));
-        std::apply([&](const auto &...value) { ((data << value), ...); }, row);
-    }
 }
 
 } // namespace tock
@@ -318,6 +300,29 @@ private slots:
             for (const QUuid &id : Shell::resolve(target, timers, allowAll))
                 found.append(std::find_if(timers.cbegin(), timers.cend(), [&](auto &t) { return t.id == id; })->name);
             QCOMPARE(found.join(" + "), result);
+        } catch (const ShellError &e) {
+            QCOMPARE(e.message, result);
+        }
+    }
+
+    // Style names match like timer names, with spaces standing for '-'.
+    void resolveStyle_data()
+    {
+        table<QString, QString>({"typed", "result"}, {
+            {"SH", "shell"},
+            {"Neo Classic", "neo-classic"},
+            {"neo", "ambiguous: neo-classic, neo-color"},
+            {"neo-c", "ambiguous: neo-classic, neo-color"},
+            {"classic", u8"no style classic \u2014 neo-classic, neo-color, shell"},
+        });
+    }
+    void resolveStyle()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, result);
+        const QStringList names{"neo-classic", "neo-color", "shell"};
+        try {
+            QCOMPARE(names.at(Shell::resolveStyle(typed, names)), result);
         } catch (const ShellError &e) {
             QCOMPARE(e.message, result);
         }

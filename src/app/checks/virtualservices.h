@@ -16,12 +16,16 @@ namespace tock {
 class VirtualClock final : public Clock {
 public:
     explicit VirtualClock(Instant start = 1'700'000'000) : now_(start) {}
-    Instant now() const override { return now_; }
+    // Each read moves the clock on by the drift (0 unless set), so a check can
+    // tell one shared instant from several reads.
+    Instant now() const override { return now_ += drift_; }
     void set(Instant t) { now_ = t; }
     void advance(double seconds) { now_ += seconds; }
+    void setDrift(double seconds) { drift_ = seconds; }
 
 private:
-    Instant now_;
+    mutable Instant now_;
+    double drift_ = 0;
 };
 
 class VirtualScheduler final : public Scheduler {
