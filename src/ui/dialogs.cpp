@@ -37,6 +37,12 @@ QString paragraph(const QStringList &lines, const QString &style)
         .arg(style, escaped.join(QStringLiteral("<br>")));
 }
 
+// Wide enough that the About key line stays one line and alerts do not wrap every few words.
+QString readableWidth()
+{
+    return QStringLiteral("QLabel { min-width: 26em; }");
+}
+
 } // namespace
 
 QList<QStringList> aboutParagraphs(const QString &folder)
@@ -74,8 +80,7 @@ QMessageBox *showAbout(QWidget *parent, const QString &folder)
                      .arg(AppInfo::name().toHtmlEscaped(), AppInfo::versionLine().toHtmlEscaped()));
     box->setInformativeText(html);
     box->setStandardButtons(QMessageBox::Ok);
-    // Wide enough that the key line stays one line.
-    box->setStyleSheet(QStringLiteral("QLabel { min-width: 26em; }"));
+    box->setStyleSheet(readableWidth());
     box->setModal(false);
     box->show();
     box->raise();
@@ -114,6 +119,7 @@ QMessageBox *askStartFresh(AppModel *model, QWidget *parent)
     QPushButton *no = box->addButton(question.cancelButton, QMessageBox::RejectRole);
     box->setDefaultButton(yes);
     box->setEscapeButton(no);
+    box->setStyleSheet(readableWidth());
     QPointer<AppModel> target(model);
     QObject::connect(box, &QMessageBox::buttonClicked, box, [target, yes](QAbstractButton *clicked) {
         if (clicked == yes && target)
@@ -137,6 +143,7 @@ void showStartAlert(const QString &title, const QString &text)
     box.setText(title);
     box.setInformativeText(text);
     box.setStandardButtons(QMessageBox::Ok);
+    box.setStyleSheet(readableWidth());
     box.exec();
 }
 
