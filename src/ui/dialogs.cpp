@@ -37,10 +37,10 @@ QString paragraph(const QStringList &lines, const QString &style)
         .arg(style, escaped.join(QStringLiteral("<br>")));
 }
 
-// Wide enough that the About key line stays one line and alerts do not wrap every few words.
+// Wide enough that alerts do not wrap every few words.
 QString readableWidth()
 {
-    return QStringLiteral("QLabel { min-width: 26em; }");
+    return QStringLiteral("QLabel#qt_msgbox_label, QLabel#qt_msgbox_informativelabel { min-width: 26em; }");
 }
 
 } // namespace
@@ -65,8 +65,8 @@ QMessageBox *showAbout(QWidget *parent, const QString &folder)
 {
     const QList<QStringList> paragraphs = aboutParagraphs(folder);
     const QString secondary = QApplication::palette().color(QPalette::PlaceholderText).name();
-    const QString small = QStringLiteral("font-size:11pt; color:%1;").arg(secondary);
-    QString html = paragraph(paragraphs.at(0), QStringLiteral("font-size:12pt; font-weight:600;"));
+    const QString small = QStringLiteral("font-size:11px; color:%1;").arg(secondary);
+    QString html = paragraph(paragraphs.at(0), QStringLiteral("font-size:12px; font-weight:600;"));
     html += paragraph(paragraphs.at(1), small);
     html += paragraph(paragraphs.at(2), small);
 
@@ -80,7 +80,8 @@ QMessageBox *showAbout(QWidget *parent, const QString &folder)
                      .arg(AppInfo::name().toHtmlEscaped(), AppInfo::versionLine().toHtmlEscaped()));
     box->setInformativeText(html);
     box->setStandardButtons(QMessageBox::Ok);
-    box->setStyleSheet(readableWidth());
+    // Wide enough that the key line stays one line.
+    box->setStyleSheet(QStringLiteral("QLabel#qt_msgbox_informativelabel { min-width: 32em; }"));
     box->setModal(false);
     box->show();
     box->raise();
