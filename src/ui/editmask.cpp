@@ -26,7 +26,6 @@ EditMask::EditMask(AppModel *model, QWidget *parent)
     : QWidget(parent), model_(model), catcher_(new MaskKeyCatcher(this)), blink_(new CursorBlink(this))
 {
     setAccessibleName(QStringLiteral("Edit time: hours, minutes, seconds"));
-    setAttribute(Qt::WA_OpaquePaintEvent, false);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     catcher_->setOnKey([this](QKeyEvent *event) { return handleKey(event); });
     catcher_->setWantsKey([this](const QKeyEvent *event) {

@@ -147,7 +147,9 @@ NameField::NameField(AppModel *model, QUuid id, QWidget *parent)
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     if (const std::optional<TimerItem> timer = model_->board().timer(id_))
         name_ = timer->name;
-    connect(model_, &AppModel::boardChanged, this, [this] {
+    connect(model_, &AppModel::boardChanged, this, [this](const BoardChange &change) {
+        if (!change.changed.contains(id_))
+            return; // a full list of rows need not search the board for every change
         if (const std::optional<TimerItem> timer = model_->board().timer(id_))
             setName(timer->name);
     });
@@ -163,7 +165,8 @@ NameField::~NameField()
     // Leaving mid-rename (the row went away): the model must not think a name is being typed.
     if (editor_) {
         editor_ = nullptr;
-        model_->setIsEditingName(false);
+        if (model_)
+            model_->setIsEditingName(false);
     }
 }
 
@@ -320,6 +323,8 @@ void NameField::endEditing(End end)
     editor->hide();
     editor->deleteLater();
     blink_->setBlinking(false);
+    if (!model_)
+        return;
     if (end == End::commit && text != name_) {
         model_->rename(id_, text);
         // The board cleans the text (line breaks become spaces); show what it kept.

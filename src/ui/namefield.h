@@ -3,6 +3,7 @@
 // only through the model.
 #pragma once
 
+#include <QPointer>
 #include <QUuid>
 #include <QWidget>
 
@@ -69,7 +70,7 @@ private:
     void takeNameFocus();
     void updateBlinking();
 
-    AppModel *model_;
+    QPointer<AppModel> model_; // may go first at shutdown
     QUuid id_;
     const Theme *theme_ = nullptr;
     qreal zoom_ = 1.0;

@@ -4,11 +4,13 @@
 #include "editmask.h"
 #include "maskkeycatcher.h"
 #include "modelfixture.h"
+#include "terminalcursor.h"
 #include "theme.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QLineEdit>
+#include <QPainter>
 #include <QtTest>
 
 using namespace tock;
@@ -245,6 +247,31 @@ private Q_SLOTS:
         const int minutesX = int(DigitField::size(theme, TimeField::hours).width() + colon / 2) + inset;
         QCOMPARE(image.pixelColor(hoursX, y), theme.fieldFill);
         QCOMPARE(image.pixelColor(minutesX, y), theme.invalidFill);
+    }
+
+    void blockCaretHollowWhenInactive_data()
+    {
+        QTest::addColumn<bool>("active");
+        QTest::newRow("active window: solid") << true;
+        QTest::newRow("inactive window: outline") << false;
+    }
+
+    void blockCaretHollowWhenInactive()
+    {
+        QFETCH(bool, active);
+        // Drawn at twice the size, as on a high-density screen.
+        QImage image(40, 40, QImage::Format_ARGB32_Premultiplied);
+        image.setDevicePixelRatio(2);
+        image.fill(Qt::transparent);
+        QPainter painter(&image);
+        const QRectF cell(QPointF(2, 2), CursorCharacter::cellSize);
+        TerminalCursor::paint(painter, cell, Qt::red, active);
+        painter.end();
+        // The outline lies inside the cell: nothing outside it, its edge pixels coloured.
+        QCOMPARE(image.pixelColor(2, 2), QColor(Qt::transparent));
+        QCOMPARE(image.pixelColor(5, 5), QColor(Qt::red));
+        QCOMPARE(image.pixelColor(5, 35), QColor(Qt::red));
+        QCOMPARE(image.pixelColor(12, 18), active ? QColor(Qt::red) : QColor(Qt::transparent));
     }
 };
 
