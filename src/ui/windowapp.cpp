@@ -1,16 +1,17 @@
 #include "windowapp.h"
 
+#include "controlclient.h"
+#include "controlserver.h"
+#include "controlsocket.h"
+#include "dialogs.h"
 #include "rootview.h"
 #include "startup.h"
 #include "store.h"
 #include "tockwindow.h"
+#include "windowinteraction.h"
 
 #include <QApplication>
-#include <QDesktopServices>
-#include <QMessageBox>
-#include <QPushButton>
 #include <QSocketNotifier>
-#include <QUrl>
 
 #include <csignal>
 #include <sys/socket.h>
@@ -70,19 +71,6 @@ private:
     std::unique_ptr<QSocketNotifier> notifier_;
 };
 
-bool askToConfirm(const Confirmation &question)
-{
-    QMessageBox box;
-    box.setIcon(QMessageBox::Warning);
-    box.setText(question.title);
-    box.setInformativeText(question.text);
-    QPushButton *yes = box.addButton(question.confirmButton, QMessageBox::AcceptRole);
-    box.addButton(question.cancelButton, QMessageBox::RejectRole);
-    box.setDefaultButton(yes);
-    box.exec();
-    return box.clickedButton() == yes;
-}
-
 } // namespace
 
 bool displayMissing()
@@ -104,23 +92,32 @@ QString noDisplayMessage()
 int runWindow(const QString &directory)
 {
     AppSession session(directory, Services::real());
+    const QString socket = ControlSocket::path(directory);
     if (session.start() == AppSession::Start::alreadyRunning) {
-        QMessageBox::information(nullptr, QStringLiteral("Tock"), alreadyRunningTitle() + QStringLiteral("\n\n")
-                                                                      + alreadyRunningText());
+        // The running copy comes to the front and this one leaves quietly; only a copy that
+        // does not answer needs the alert.
+        if (ControlClient::raise(socket))
+            return 0;
+        Dialogs::showStartAlert(alreadyRunningTitle(), alreadyRunningText());
         return 3;
     }
     AppModel &model = *session.model();
     QObject::connect(&model, &AppModel::exitRequested, qApp, [] { QApplication::quit(); });
     QObject::connect(&model, &AppModel::beepRequested, qApp, [] { QApplication::beep(); });
-    QObject::connect(&model, &AppModel::startFreshRequested, &model, [&model] {
-        if (askToConfirm(AppModel::startFreshQuestion()))
-            model.confirmStartFresh();
-    });
     const QString folder = session.store()->directory();
-    TockWindow window(&model, [folder] { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); });
+    TockWindow window(&model, [folder] { Dialogs::showDataFolder(folder); });
     window.setMargin(desktopComposites() ? TockWindow::Margin::shadow : TockWindow::Margin::none);
     // The one window closing ends the application.
     QObject::connect(&window, &TockWindow::closed, qApp, &QApplication::quit, Qt::QueuedConnection);
+    new WindowInteraction(&model, &window, folder);
+    ControlServer control(socket);
+    control.setOnRaise([&window] {
+        window.showNormal();
+        window.raise();
+        window.activateWindow();
+    });
+    control.setOnRun([&model](const QString &line) { return ControlServer::runOnModel(model, line); });
+    control.listen(); // without it a second copy shows the alert instead; nothing else is lost
     const CloseOnSignal closeOnSignal(&window);
     window.show();
     const int status = QApplication::exec();

@@ -6,6 +6,8 @@
 #include "instancelock.h"
 #include "modelfixture.h"
 
+#include <QtTest>
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>

@@ -1,0 +1,150 @@
+// The menus: items in order with their shortcuts, undo titles that follow the undo history, the
+// style items, and the About panel's text.
+#include "dialogs.h"
+#include "modelfixture.h"
+#include "tockmenus.h"
+
+#include <QAction>
+#include <QDir>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QtTest>
+
+using namespace tock;
+
+namespace {
+
+// "Title: Item (shortcut), Item, -" for one menu; separators as "-".
+QString describe(const QMenu *menu)
+{
+    QStringList items;
+    for (const QAction *a : menu->actions()) {
+        if (a->isSeparator()) {
+            items << "-";
+            continue;
+        }
+        QString item = a->text();
+        QStringList keys;
+        for (const QKeySequence &k : a->shortcuts())
+            keys << k.toString(QKeySequence::PortableText);
+        if (!keys.isEmpty())
+            item += " (" + keys.join(' ') + ")";
+        items << item;
+    }
+    return menu->title() + ": " + items.join(", ");
+}
+
+} // namespace
+
+class TockMenusTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void itemsInOrder()
+    {
+        ModelFixture f(WithStore::no);
+        QWidget window;
+        TockMenus menus(&f.m(), &window, MenuActions{});
+        QStringList described;
+        for (const QMenu *menu : menus.menus())
+            described << describe(menu);
+        const QStringList expected{
+#ifdef Q_OS_MACOS
+            "Tock: About Tock, Show Data Folder, -, Hide Tock (Ctrl+H), Hide Others (Ctrl+Alt+H), -, Quit Tock (Ctrl+Q)",
+#else
+            "Tock: About Tock, Show Data Folder, -, Quit Tock (Ctrl+Q)",
+#endif
+            "Edit: Undo (Ctrl+Z), Redo (Ctrl+Shift+Z Ctrl+Y), -, Paste (Ctrl+V), Select All (Ctrl+A)",
+            "Timer: Add Timer (Ctrl+N), Pause All",
+            "Size: Make Larger (Ctrl++ Ctrl+=), Make Smaller (Ctrl+-), Actual Size (Ctrl+0)",
+            "Style: Neo Classic (Ctrl+1), Neo Color (Ctrl+2), Play Kid (Ctrl+3), Calculator (Ctrl+4), "
+            "Amber Terminal (Ctrl+5), Split-Flap (Ctrl+6), Shell (Ctrl+7)",
+            "Window: Minimize (Ctrl+M), Close (Ctrl+W)",
+        };
+        QCOMPARE(described, expected);
+        // The right-click menu holds the same menus, and every shortcut lives on the window.
+        QCOMPARE(menus.contextMenu()->actions().size(), menus.menus().size());
+        for (const QMenu *menu : menus.menus()) {
+            for (QAction *a : menu->actions())
+                QVERIFY2(a->isSeparator() || window.actions().contains(a), qPrintable(a->text()));
+        }
+    }
+
+    void undoTitlesFollowHistory()
+    {
+        ModelFixture f(WithStore::no);
+        QWidget window;
+        TockMenus menus(&f.m(), &window, MenuActions{});
+        QAction *undo = menus.undoAction();
+        QAction *redo = menus.redoAction();
+        const auto state = [&] {
+            return QStringList{undo->text(), undo->isEnabled() ? "on" : "off", redo->text(), redo->isEnabled() ? "on" : "off"};
+        };
+        QCOMPARE(state(), (QStringList{"Undo", "off", "Redo", "off"}));
+        f.set(0, 60);
+        f.m().reset(f.id(0));
+        QCOMPARE(state(), (QStringList{"Undo Reset Timer", "on", "Redo", "off"}));
+        undo->trigger();
+        QCOMPARE(f.timer(0).accumulated, 60.0);
+        QCOMPARE(state(), (QStringList{"Undo Set Time", "on", "Redo Reset Timer", "on"}));
+        redo->trigger();
+        QCOMPARE(f.timer(0).accumulated, 0.0);
+        f.m().deleteTimer(f.id(1));
+        QCOMPARE(undo->text(), QString("Undo Delete Timer"));
+        QCOMPARE(state().mid(2), (QStringList{"Redo", "off"}));
+    }
+
+    // A style chosen anywhere (here the command line) moves the check.
+    void styleCheckFollowsModel()
+    {
+        ModelFixture f(WithStore::no);
+        QWidget window;
+        TockMenus menus(&f.m(), &window, MenuActions{});
+        menus.styleActions().at(6)->trigger();
+        QCOMPARE(f.m().style(), StyleID::shell);
+        f.m().setStyle(StyleID::amber);
+        QList<bool> checked;
+        for (const QAction *a : menus.styleActions())
+            checked << a->isChecked();
+        QCOMPARE(checked, (QList<bool>{false, false, false, false, true, false, false}));
+    }
+
+    void aboutText()
+    {
+        const QString folder = QDir::homePath() + "/.local/share/Tock";
+        const QList<QStringList> p = Dialogs::aboutParagraphs(folder);
+        QCOMPARE(p.size(), 3);
+        QCOMPARE(p.at(1), (QStringList{"Timers are saved in", "~/.local/share/Tock/"}));
+        QCOMPARE(Dialogs::aboutParagraphs("/srv/tock").at(1).at(1), QString("/srv/tock/"));
+#ifdef Q_OS_MACOS
+        QCOMPARE(p.at(2).at(0), QString("⌘N add · ⌘Z undo · ⌘1–⌘7 style · ⌘+ ⌘− ⌘0 size"));
+#else
+        QCOMPARE(p.at(2).at(0), QString("Ctrl+N add · Ctrl+Z undo · Ctrl+1–Ctrl+7 style · Ctrl++ Ctrl+− Ctrl+0 size"));
+#endif
+        QCOMPARE(p.at(2).mid(1), (QStringList{"Swipe left or ⌫ to delete · drag to reorder", "In Shell: type help"}));
+    }
+
+    // The question is asked without a nested loop; only "Start Fresh" goes on, Cancel leaves
+    // the unreadable banner up.
+    void startFreshQuestion()
+    {
+        const StorageNotice unreadable = StorageNotice::unreadable({"timers.json: not JSON"});
+        ModelFixture f(WithStore::yes, {"A"}, unreadable);
+        QWidget window;
+        for (const bool confirm : {false, true}) {
+            QPointer<QMessageBox> box = Dialogs::askStartFresh(&f.m(), &window);
+            QCOMPARE(Dialogs::askStartFresh(&f.m(), &window), box.data()); // never two at once
+            QCOMPARE(box->text(), QString("Start with an empty list?"));
+            QCOMPARE(box->defaultButton()->text(), QString("Start Fresh"));
+            QCOMPARE(box->escapeButton()->text(), QString("Cancel"));
+            (confirm ? static_cast<QAbstractButton *>(box->defaultButton()) : box->escapeButton())->click();
+            QCOMPARE(f.m().notice() == unreadable, !confirm);
+            QTRY_VERIFY(!box); // gone once answered
+        }
+    }
+};
+
+QTEST_MAIN(TockMenusTest)
+#include "tockmenus_test.moc"

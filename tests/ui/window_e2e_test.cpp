@@ -1,0 +1,195 @@
+// The real tock on a virtual display, driven by real key presses and clicks: add a timer with
+// its shortcut, type its time into the mask, delete it with Backspace, undo, close; and a running
+// timer paused when the session is ended by a signal. timers.json tells what happened. Skipped
+// where Xvfb or xdotool is not installed.
+#include "modelfixture.h"
+#include "rootview.h"
+#include "rowlist.h"
+#include "timerrow.h"
+#include "tockwindow.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTemporaryFile>
+#include <QtTest>
+
+using namespace tock;
+
+namespace {
+
+// The saved timers as "name=seconds" in order, a running one marked with '>'; empty while
+// there is no readable file.
+QStringList saved(const QString &folder)
+{
+    QFile file(folder + "/timers.json");
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QStringList out;
+    for (const QJsonValue &v : QJsonDocument::fromJson(file.readAll()).object().value("timers").toArray()) {
+        const QJsonObject t = v.toObject();
+        out << t.value("name").toString() + (t.value("wasRunning").toBool() ? ">" : "=")
+                   + QString::number(std::floor(t.value("seconds").toDouble()));
+    }
+    return out;
+}
+
+} // namespace
+
+class WindowEndToEndTest : public QObject {
+    Q_OBJECT
+
+private:
+    QString xdotool_;
+    QProcess xvfb_;
+    QProcess tock_;
+    QProcessEnvironment env_;
+    std::unique_ptr<QTemporaryDir> home_;
+    QString data_;
+    QString window_;
+    QTemporaryFile suppressions_;
+
+    // Runs xdotool to its end and returns what it printed.
+    QString xdo(const QStringList &arguments)
+    {
+        QProcess p;
+        p.setProcessEnvironment(env_);
+        p.start(xdotool_, arguments);
+        if (!p.waitForFinished(10000)) {
+            p.kill();
+            p.waitForFinished();
+            return QString();
+        }
+        return QString::fromUtf8(p.readAllStandardOutput()).trimmed();
+    }
+    void keys(const QStringList &names) { xdo(QStringList{"key", "--delay", "40"} + names); }
+
+    enum class Folder { fresh, same };
+    // Starts tock and waits for its window to have the keyboard.
+    void launch(Folder folder = Folder::fresh)
+    {
+        if (folder == Folder::fresh || !home_)
+            home_ = std::make_unique<QTemporaryDir>();
+        data_ = home_->path() + "/data";
+        const QString run = home_->path() + "/run";
+        QDir().mkpath(run);
+        QFile(run).setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        env_.insert("TOCK_DATA_DIR", data_);
+        env_.insert("XDG_CONFIG_HOME", home_->path() + "/config");
+        env_.insert("XDG_RUNTIME_DIR", run);
+        tock_.setProcessEnvironment(env_);
+        tock_.start(QStringLiteral(TOCK_BINARY), {});
+        QVERIFY(tock_.waitForStarted());
+        window_ = xdo({"search", "--sync", "--onlyvisible", "--name", "^Tock$"}).section('\n', 0, 0);
+        QVERIFY2(!window_.isEmpty(), "the window never appeared");
+        xdo({"windowfocus", "--sync", window_});
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        const QString xvfb = QStandardPaths::findExecutable("Xvfb");
+        xdotool_ = QStandardPaths::findExecutable("xdotool");
+        if (xvfb.isEmpty() || xdotool_.isEmpty())
+            QSKIP("needs Xvfb and xdotool (scripts/deps installs them)");
+        int display = 60 + int(QCoreApplication::applicationPid() % 200);
+        while (QFile::exists(QString("/tmp/.X11-unix/X%1").arg(display)) || QFile::exists(QString("/tmp/.X%1-lock").arg(display)))
+            ++display;
+        xvfb_.start(xvfb, {QString(":%1").arg(display), "-screen", "0", "1024x768x24", "-nolisten", "tcp"});
+        QVERIFY(xvfb_.waitForStarted());
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(QString("/tmp/.X11-unix/X%1").arg(display)), 10000);
+        env_ = QProcessEnvironment::systemEnvironment();
+        env_.remove("QT_QPA_PLATFORM");
+        env_.insert("DISPLAY", QString(":%1").arg(display));
+        // The desktop's message-bus library keeps a buffer to the end; under the leak checker
+        // that is not Tock's to answer for.
+        suppressions_.open();
+        suppressions_.write("leak:libdbus-1.so\n");
+        suppressions_.flush();
+        env_.insert("LSAN_OPTIONS", env_.value("LSAN_OPTIONS") + ":suppressions=" + suppressions_.fileName());
+    }
+
+    void cleanup()
+    {
+        if (tock_.state() != QProcess::NotRunning) {
+            tock_.kill();
+            tock_.waitForFinished();
+        }
+    }
+
+    void cleanupTestCase()
+    {
+        if (xvfb_.state() != QProcess::NotRunning) {
+            xvfb_.terminate();
+            xvfb_.waitForFinished(5000);
+        }
+    }
+
+    void addTypeDeleteUndoClose()
+    {
+        // Where the new row's time sits in the real window: the same views laid out here,
+        // offscreen, for four timers in the first style at the default size, without shadows
+        // (a bare X server does not composite).
+        QPoint timeAt;
+        {
+            ModelFixture f(WithStore::no, {"Timer 1", "Timer 2", "Timer 3", "Timer 4"});
+            f.m().setZoom(AppModel::defaultZoom);
+            TockWindow window(&f.m(), [] {});
+            window.setMargin(TockWindow::Margin::none);
+            window.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&window));
+            const TimerRow *row = window.rootView()->rowList()->row(f.id(3));
+            timeAt = row->timeButton()->mapTo(&window, row->timeButton()->rect().center());
+        }
+        launch();
+
+        // A fresh folder starts with three timers; Ctrl+N adds a fourth and focuses its name.
+        keys({"ctrl+n", "Return"});
+        const QStringList four{"Timer 1=0", "Timer 2=0", "Timer 3=0", "Timer 4=0"};
+        QTRY_COMPARE_WITH_TIMEOUT(saved(data_), four, 10000);
+
+        // A click on its time opens the mask; typed fields and Return set it.
+        xdo({"mousemove", "--window", window_, QString::number(timeAt.x()), QString::number(timeAt.y()), "click", "1"});
+        keys({"0", "colon", "2", "colon", "5", "Return"});
+        QStringList set = four;
+        set.last() = "Timer 4=125";
+        QTRY_COMPARE_WITH_TIMEOUT(saved(data_), set, 10000);
+
+        // Backspace deletes the row under the pointer; Ctrl+Z brings it back with its time.
+        keys({"BackSpace"});
+        QTRY_COMPARE_WITH_TIMEOUT(saved(data_), set.mid(0, 3), 10000);
+        keys({"ctrl+z"});
+        QTRY_COMPARE_WITH_TIMEOUT(saved(data_), set, 10000);
+
+        // Ctrl+W closes the window and ends the application.
+        keys({"ctrl+w"});
+        QVERIFY(tock_.waitForFinished(10000));
+        QVERIFY2(tock_.exitStatus() == QProcess::NormalExit && tock_.exitCode() == 0, tock_.readAllStandardError().constData());
+        QCOMPARE(saved(data_), set);
+    }
+
+    // Logging out or being told to stop ends like closing: the running timer is paused and
+    // saved, and the folder is free for the next copy.
+    void signalPausesAndSaves()
+    {
+        launch();
+        keys({"ctrl+7"});
+        xdo({"type", "--delay", "30", "start 2"});
+        keys({"Return"});
+        QTRY_VERIFY_WITH_TIMEOUT(saved(data_).value(1).startsWith("Timer 2>"), 10000);
+        tock_.terminate();
+        QVERIFY(tock_.waitForFinished(10000));
+        QVERIFY2(tock_.exitCode() == 0, tock_.readAllStandardError().constData());
+        QVERIFY2(saved(data_).value(1).startsWith("Timer 2="), qPrintable(saved(data_).join(", ")));
+        launch(Folder::same); // the folder is free again at once
+        QCOMPARE(tock_.state(), QProcess::Running);
+    }
+};
+
+QTEST_MAIN(WindowEndToEndTest)
+#include "window_e2e_test.moc"
