@@ -19,6 +19,7 @@
 #include <memory>
 
 using namespace tock;
+Q_DECLARE_METATYPE(tock::StyleID)
 
 namespace {
 
@@ -202,9 +203,18 @@ private Q_SLOTS:
         QVERIFY(w.root()->rowList()->rows().isEmpty());
     }
 
+    void aTickRepaintsOnlyTheRunningTimes_data()
+    {
+        QTest::addColumn<StyleID>("style");
+        for (const StyleID style : StyleIDs::allCases())
+            QTest::newRow(qPrintable(StyleIDs::rawValue(style))) << style;
+    }
+
     void aTickRepaintsOnlyTheRunningTimes()
     {
+        QFETCH(StyleID, style);
         Window w(WithStore::yes, {"A", "B", "C", "D"});
+        w.f.m().setStyle(style);
         w.f.m().toggle(w.f.id(0));
         w.f.m().toggle(w.f.id(2));
         settle(w.window.get());
