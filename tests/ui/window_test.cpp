@@ -1,6 +1,6 @@
 // The window's views under the offscreen platform: clicks reach the right model actions, the
 // empty board shows only the hint and the footer, a tick repaints only running time displays,
-// and the zoom sizes the window.
+// a hidden window skips ticks and catches up when shown, and the zoom sizes the window.
 #include "footer.h"
 #include "namefield.h"
 #include "modelfixture.h"
@@ -14,6 +14,7 @@
 
 #include <QApplication>
 #include <QPaintEvent>
+#include <QSignalSpy>
 #include <QtTest>
 
 #include <memory>
@@ -244,6 +245,21 @@ private Q_SLOTS:
         }
         QCOMPARE(counter.counts.value(w.root()->footer()), 0);
         QCOMPARE(counter.counts.value(w.root()->titleBar()), 0);
+    }
+
+    void aHiddenWindowSkipsTicksAndCatchesUpWhenShown()
+    {
+        Window w(WithStore::yes, {"A"});
+        w.f.m().toggle(w.f.id(0));
+        settle(w.window.get());
+        QSignalSpy redraws(w.f.m().displayTick(), &DisplayTick::tickChanged);
+        w.window->hide();
+        w.f.advance(3.0);
+        QCOMPARE(redraws.count(), 0);
+        w.window->show();
+        QCOMPARE(redraws.count(), 1);
+        w.f.advance(1.0);
+        QCOMPARE(redraws.count(), 2);
     }
 
     void zoomSizesTheWindow()
