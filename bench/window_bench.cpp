@@ -4,7 +4,10 @@
 //   window_bench rss      resident memory of the idle window with 10 timers, and of the bare one
 //   window_bench tick     CPU per tick's repaint of 10 running time displays, in each style
 //   window_bench idle S   context switches of the idle window's process over S seconds
+// tock --bench STYLE TIMERS SECONDS runs the window ticking for real; bench/measure-window
+// measures the real program under a display server.
 // Run it with a display or QT_QPA_PLATFORM=offscreen.
+#include "renderbench.h"
 #include "rootview.h"
 #include "rowlist.h"
 #include "screenshots.h"
@@ -20,29 +23,12 @@
 #include <QTextStream>
 #include <QTimer>
 
-#include <sys/resource.h>
-
 #include <algorithm>
 #include <memory>
 
 using namespace tock;
 
 namespace {
-
-Board tenTimers(bool running, Instant now)
-{
-    QList<TimerItem> timers;
-    for (int i = 0; i < 10; ++i) {
-        TimerItem t;
-        t.id = QUuid::createUuid();
-        t.name = QStringLiteral("Timer %1").arg(i + 1);
-        t.accumulated = 3600 + i * 61;
-        if (running)
-            t.startedAt = now;
-        timers.append(t);
-    }
-    return Board(timers);
-}
 
 qint64 statusField(const char *name)
 {
@@ -54,13 +40,6 @@ qint64 statusField(const char *name)
             return line.mid(qstrlen(name)).trimmed().split(' ').first().toLongLong();
     }
     return -1;
-}
-
-double cpuSeconds()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec + (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
 }
 
 // Reports on stdout once the watched window has painted for the first time.
@@ -94,7 +73,7 @@ struct Scene {
         if (tock) {
             FontLoader::registerBundledFonts();
             Services services = Screenshots::stillServices();
-            model = std::make_unique<AppModel>(nullptr, tenTimers(running, services.clock->now()), style,
+            model = std::make_unique<AppModel>(nullptr, RenderBench::board(10, running, services.clock->now()), style,
                                                std::nullopt, services, undo);
             window = std::make_unique<TockWindow>(model.get(), [] {});
         } else {
@@ -164,7 +143,7 @@ void tick(QTextStream &out)
         for (TimerRow *row : scene.window->rootView()->rowList()->rows())
             times.append(row->timeButton());
         const int ticks = 300;
-        const double cpuBefore = cpuSeconds();
+        const double cpuBefore = RenderBench::cpuSeconds();
         QElapsedTimer wall;
         wall.start();
         for (int i = 0; i < ticks; ++i) {
@@ -172,7 +151,7 @@ void tick(QTextStream &out)
                 time->repaint();
         }
         const double wallMs = wall.nsecsElapsed() / 1e6 / ticks;
-        const double cpuMs = (cpuSeconds() - cpuBefore) * 1000 / ticks;
+        const double cpuMs = (RenderBench::cpuSeconds() - cpuBefore) * 1000 / ticks;
         out << "tick repaint, 10 running (" << StyleIDs::rawValue(style) << "): " << cpuMs << " ms CPU, " << wallMs
             << " ms wall\n";
     }

@@ -263,7 +263,11 @@ void AppModel::setIsEditingName(bool editing)
 
 void AppModel::setWindowVisible(bool visible)
 {
+    const bool shown = visible && !windowVisible_;
     windowVisible_ = visible;
+    // Ticks skipped while hidden left the displays behind; catch up once rather than wait a second.
+    if (shown && tickTask_ != 0)
+        displayTick_->advance();
 }
 
 void AppModel::setDraft(const TimeEditDraft &draft)

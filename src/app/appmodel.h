@@ -183,6 +183,9 @@ public:
     void setStyleMenuOpen(bool open);
     void setIsEditingName(bool editing);
     void setWindowVisible(bool visible);
+    // One tick now. A model without a store never ticks by itself; the rendering benchmark
+    // drives one with this from a one-second timer.
+    void tick() { onTick(); }
     // The mask view edits the open draft through this; ignored when no edit is open.
     void setDraft(const TimeEditDraft &draft);
     // The user cancelled the time edit: closes it without applying.

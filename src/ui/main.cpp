@@ -1,5 +1,5 @@
 // The tock executable: the window by default, the terminal with --shell, the self-check with
-// --selftest and still renders with --screenshots. Only the modes that draw create a GUI
+// --selftest, still renders with --screenshots and the rendering benchmark with --bench. Only the modes that draw create a GUI
 // application, so the terminal and the self-check run without any display.
 #include "selftest.h"
 #include "startup.h"
@@ -8,6 +8,7 @@
 #ifdef TOCK_WITH_UI
 #include "flipdemo.h"
 #include "fontloader.h"
+#include "renderbench.h"
 #include "screenshots.h"
 #include "windowapp.h"
 
@@ -17,6 +18,7 @@
 #include <QCoreApplication>
 #include <QTextStream>
 
+#include <algorithm>
 #include <memory>
 
 namespace {
@@ -46,14 +48,13 @@ QStringList argumentsOf(int argc, char **argv)
 int main(int argc, char **argv)
 {
     const tock::StartupMode mode = tock::StartupMode::parse(argumentsOf(argc, argv));
-    // The rendering benchmark is not built yet, so it needs no display either.
     const bool windowless = std::holds_alternative<tock::StartupMode::SelfTest>(mode.value)
-                         || std::holds_alternative<tock::StartupMode::Shell>(mode.value)
-                         || std::holds_alternative<tock::StartupMode::Bench>(mode.value);
+                         || std::holds_alternative<tock::StartupMode::Shell>(mode.value);
 #ifdef TOCK_WITH_UI
     if (!windowless) {
-        if (std::holds_alternative<tock::StartupMode::Screenshots>(mode.value)) {
-            // Still renders need no screen; without one they draw offscreen.
+        if (std::holds_alternative<tock::StartupMode::Screenshots>(mode.value)
+            || std::holds_alternative<tock::StartupMode::Bench>(mode.value)) {
+            // Still renders and the benchmark need no screen; without one they draw offscreen.
             if (tock::displayMissing())
                 qputenv("QT_QPA_PLATFORM", "offscreen");
         } else if (std::holds_alternative<tock::StartupMode::Normal>(mode.value) && tock::displayMissing()) {
@@ -66,7 +67,10 @@ int main(int argc, char **argv)
         return std::visit(
             [](const auto &m) -> int {
                 using M = std::decay_t<decltype(m)>;
-                if constexpr (std::is_same_v<M, tock::StartupMode::FlipDemo>) {
+                if constexpr (std::is_same_v<M, tock::StartupMode::Bench>) {
+                    QTextStream out(stdout);
+                    return tock::RenderBench::run(m.style, int(std::clamp<int64_t>(m.count, 0, 10000)), m.value, out);
+                } else if constexpr (std::is_same_v<M, tock::StartupMode::FlipDemo>) {
                     return tock::runFlipDemo();
                 } else if constexpr (std::is_same_v<M, tock::StartupMode::Screenshots>) {
                     QTextStream err(stderr);

@@ -1,6 +1,6 @@
 // The window's views under the offscreen platform: clicks reach the right model actions, the
 // empty board shows only the hint and the footer, a tick repaints only running time displays,
-// and the zoom sizes the window.
+// a hidden window skips ticks and catches up when shown, and the zoom sizes the window.
 #include "footer.h"
 #include "namefield.h"
 #include "modelfixture.h"
@@ -14,11 +14,13 @@
 
 #include <QApplication>
 #include <QPaintEvent>
+#include <QSignalSpy>
 #include <QtTest>
 
 #include <memory>
 
 using namespace tock;
+Q_DECLARE_METATYPE(tock::StyleID)
 
 namespace {
 
@@ -202,9 +204,18 @@ private Q_SLOTS:
         QVERIFY(w.root()->rowList()->rows().isEmpty());
     }
 
+    void aTickRepaintsOnlyTheRunningTimes_data()
+    {
+        QTest::addColumn<StyleID>("style");
+        for (const StyleID style : StyleIDs::allCases())
+            QTest::newRow(qPrintable(StyleIDs::rawValue(style))) << style;
+    }
+
     void aTickRepaintsOnlyTheRunningTimes()
     {
+        QFETCH(StyleID, style);
         Window w(WithStore::yes, {"A", "B", "C", "D"});
+        w.f.m().setStyle(style);
         w.f.m().toggle(w.f.id(0));
         w.f.m().toggle(w.f.id(2));
         settle(w.window.get());
@@ -234,6 +245,21 @@ private Q_SLOTS:
         }
         QCOMPARE(counter.counts.value(w.root()->footer()), 0);
         QCOMPARE(counter.counts.value(w.root()->titleBar()), 0);
+    }
+
+    void aHiddenWindowSkipsTicksAndCatchesUpWhenShown()
+    {
+        Window w(WithStore::yes, {"A"});
+        w.f.m().toggle(w.f.id(0));
+        settle(w.window.get());
+        QSignalSpy redraws(w.f.m().displayTick(), &DisplayTick::tickChanged);
+        w.window->hide();
+        w.f.advance(3.0);
+        QCOMPARE(redraws.count(), 0);
+        w.window->show();
+        QCOMPARE(redraws.count(), 1);
+        w.f.advance(1.0);
+        QCOMPARE(redraws.count(), 2);
     }
 
     void zoomSizesTheWindow()
