@@ -1,6 +1,7 @@
 // The real tock on a virtual display, driven by real key presses and clicks: add a timer with
-// its shortcut, type its time into the mask, delete it with Backspace, undo, close; and a running
-// timer paused when the session is ended by a signal. timers.json tells what happened. Skipped
+// its shortcut, type its time into the mask, delete it with Backspace, undo, close; a terminal and
+// a second copy using the running window; and a running timer paused when the session is ended by
+// a signal. timers.json tells what happened. Skipped
 // where Xvfb or xdotool is not installed.
 #include "modelfixture.h"
 #include "rootview.h"
@@ -171,6 +172,34 @@ private Q_SLOTS:
         QVERIFY(tock_.waitForFinished(10000));
         QVERIFY2(tock_.exitStatus() == QProcess::NormalExit && tock_.exitCode() == 0, tock_.readAllStandardError().constData());
         QCOMPARE(saved(data_), set);
+    }
+
+    // A terminal started beside the window runs its lines in the window: the same board,
+    // output and undo; a second window asks the first to come forward and leaves at once.
+    void terminalAndSecondCopyUseTheRunningWindow()
+    {
+        launch();
+        const auto shell = [this](const QStringList &lines) {
+            QProcess p;
+            p.setProcessEnvironment(env_);
+            p.start(QStringLiteral(TOCK_BINARY), QStringList{"--shell"} + lines);
+            if (!p.waitForFinished(20000))
+                return QString("did not end");
+            return QString::fromUtf8(p.readAllStandardOutput()) + QString("exit %1").arg(p.exitCode());
+        };
+        QCOMPARE(shell({"add Lunch", "start lunch"}), QString("added “Lunch” as 4\nstarted “Lunch”\nexit 0"));
+        QTRY_VERIFY_WITH_TIMEOUT(saved(data_).value(3).startsWith("Lunch>"), 10000);
+        QCOMPARE(shell({"rm lunch"}), QString("deleted “Lunch” · undo brings it back\nexit 0"));
+        QTRY_COMPARE_WITH_TIMEOUT(saved(data_).size(), 3, 10000);
+        keys({"ctrl+z"});
+        QTRY_VERIFY_WITH_TIMEOUT(saved(data_).value(3).startsWith("Lunch"), 10000);
+
+        QProcess second;
+        second.setProcessEnvironment(env_);
+        second.start(QStringLiteral(TOCK_BINARY), QStringList());
+        QVERIFY(second.waitForFinished(20000));
+        QVERIFY2(second.exitCode() == 0, second.readAllStandardError().constData());
+        QCOMPARE(tock_.state(), QProcess::Running);
     }
 
     // Logging out or being told to stop ends like closing: the running timer is paused and
