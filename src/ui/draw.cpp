@@ -114,8 +114,11 @@ void text(QPainter &painter, const QRectF &rect, Qt::Alignment alignment, const 
     painter.setFont(font);
     painter.setPen(color);
     const QFontMetricsF metrics(font);
-    const QString shown = metrics.elidedText(string, Qt::ElideRight, rect.width() + 0.5);
-    painter.drawText(rect, int(alignment) | Qt::TextSingleLine, shown);
+    // Widget edges are rounded to whole pixels and hinted text can be a little wider on screen
+    // than measured, so a label sized to its text may get up to a pixel and a half less: draw it
+    // whole rather than elide it for that.
+    const QString shown = metrics.elidedText(string, Qt::ElideRight, rect.width() + 1.5);
+    painter.drawText(rect, int(alignment) | Qt::TextSingleLine | Qt::TextDontClip, shown);
     painter.restore();
 }
 
