@@ -2,6 +2,7 @@
 
 #include "timerrow.h"
 
+#include <QCursor>
 #include <QSet>
 #include <QWheelEvent>
 
@@ -28,8 +29,10 @@ void RowList::sync()
     QSet<QUuid> present;
     for (const TimerItem &timer : timers)
         present.insert(timer.id);
+    bool removed = false;
     for (auto it = rows_.begin(); it != rows_.end();) {
         if (!present.contains(it.key())) {
+            removed = true;
             it.value()->hide();
             it.value()->deleteLater();
             it = rows_.erase(it);
@@ -48,6 +51,23 @@ void RowList::sync()
         row->refresh();
     }
     relayout();
+    if (removed)
+        hoverUnderPointer();
+}
+
+void RowList::hoverUnderPointer()
+{
+    // A row that moves up under a pointer standing still gets no enter event; without this,
+    // ⌫ pressed twice would delete the first row only.
+    if (!underMouse())
+        return;
+    const QPoint at = mapFromGlobal(QCursor::pos());
+    for (TimerRow *row : rows()) {
+        if (row->geometry().contains(at)) {
+            model()->setHoveredID(row->id());
+            return;
+        }
+    }
 }
 
 qreal RowList::contentHeight() const

@@ -36,6 +36,8 @@ protected:
 
 private:
     qreal maxScroll() const;
+    // Hovers the row under a pointer that stood still while rows moved.
+    void hoverUnderPointer();
     QHash<QUuid, TimerRow *> rows_;
     qreal scroll_ = 0;
 };

@@ -1,5 +1,5 @@
 // The real tock on a virtual display, driven by real key presses and clicks: add a timer with
-// its shortcut, type its time into the mask, delete it with Backspace, undo, close; a terminal and
+// its shortcut, type its time into the mask, delete rows with Backspace, undo, close; a terminal and
 // a second copy using the running window; and a running timer paused when the session is ended by
 // a signal. timers.json tells what happened. Skipped
 // where Xvfb or xdotool is not installed.
@@ -136,7 +136,7 @@ private Q_SLOTS:
         // Where the new row's time sits in the real window: the same views laid out here,
         // offscreen, for four timers in the first style at the default size, without shadows
         // (a bare X server does not composite).
-        QPoint timeAt;
+        QPoint timeAt, firstAt;
         {
             ModelFixture f(WithStore::no, {"Timer 1", "Timer 2", "Timer 3", "Timer 4"});
             f.m().setZoom(AppModel::defaultZoom);
@@ -146,6 +146,8 @@ private Q_SLOTS:
             QVERIFY(QTest::qWaitForWindowExposed(&window));
             const TimerRow *row = window.rootView()->rowList()->row(f.id(3));
             timeAt = row->timeButton()->mapTo(&window, row->timeButton()->rect().center());
+            const TimerRow *first = window.rootView()->rowList()->row(f.id(0));
+            firstAt = first->timeButton()->mapTo(&window, first->timeButton()->rect().center());
         }
         launch();
 
@@ -165,6 +167,12 @@ private Q_SLOTS:
         keys({"BackSpace"});
         QTRY_COMPARE_WITH_TIMEOUT(saved(data_), set.mid(0, 3), 10000);
         keys({"ctrl+z"});
+        QTRY_COMPARE_WITH_TIMEOUT(saved(data_), set, 10000);
+
+        // With the pointer standing still, Backspace deletes each row that moves up under it.
+        xdo({"mousemove", "--window", window_, QString::number(firstAt.x()), QString::number(firstAt.y())});
+        keys({"BackSpace", "BackSpace"});
+        set = set.mid(2);
         QTRY_COMPARE_WITH_TIMEOUT(saved(data_), set, 10000);
 
         // Ctrl+W closes the window and ends the application.
