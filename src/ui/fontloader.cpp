@@ -67,4 +67,25 @@ QFont FontLoader::font(const QStringList &families, qreal pixelSize, QFont::Weig
     return result;
 }
 
+namespace {
+QtMessageHandler previousHandler = nullptr;
+
+void filterMessages(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (type == QtWarningMsg && message.trimmed().startsWith(QLatin1String("OpenType support missing for")))
+        return;
+    if (previousHandler)
+        previousHandler(type, context, message);
+}
+} // namespace
+
+void FontLoader::quietMissingScriptWarnings()
+{
+    static const bool installed = [] {
+        previousHandler = qInstallMessageHandler(filterMessages);
+        return true;
+    }();
+    Q_UNUSED(installed);
+}
+
 } // namespace tock

@@ -19,6 +19,11 @@ public:
     // repeat the first answer: true when every face loaded.
     static bool registerBundledFonts();
 
+    // Qt warns once per string drawn in a script no installed font shapes (say Devanagari on a
+    // machine without such fonts); the text still falls back to boxes, so that one warning is
+    // dropped and every other message passes to the previous handler.
+    static void quietMissingScriptWarnings();
+
     // A font in the first of `families` that is installed (say {"DIN Alternate", "Roboto"}),
     // the others kept as fallbacks; characters none of them has come from Qt's own fallback.
     // Registers the bundled faces first if nobody has. Qt sizes fonts in whole pixels, so

@@ -64,6 +64,7 @@ int main(int argc, char **argv)
         QApplication application(argc, argv);
         nameApplication();
         tock::FontLoader::registerBundledFonts();
+        tock::FontLoader::quietMissingScriptWarnings();
         return std::visit(
             [](const auto &m) -> int {
                 using M = std::decay_t<decltype(m)>;
