@@ -2,6 +2,7 @@
 
 #include <QFontMetricsF>
 #include <QLinearGradient>
+#include <QStaticText>
 
 #include "overlays.h"
 #include "shapes.h"
@@ -129,9 +130,29 @@ void glowText(QPainter &painter, const QRectF &rect, Qt::Alignment alignment, co
     halo.setAlpha(38);
     static const QPointF offsets[] = {{-1.2, 0}, {1.2, 0}, {0, -1.2}, {0, 1.2},
                                       {-0.8, -0.8}, {0.8, 0.8}, {-0.8, 0.8}, {0.8, -0.8}};
+    // Laid out once and drawn nine times: a running time glows on every tick.
+    painter.save();
+    painter.setFont(font);
+    const QString shown = QFontMetricsF(font).elidedText(string, Qt::ElideRight, rect.width() + 1.5);
+    QStaticText laidOut(shown);
+    laidOut.setTextFormat(Qt::PlainText);
+    laidOut.prepare(painter.transform(), font);
+    const QSizeF size = laidOut.size();
+    QPointF at = rect.topLeft();
+    if (alignment & Qt::AlignHCenter)
+        at.rx() += (rect.width() - size.width()) / 2;
+    else if (alignment & Qt::AlignRight)
+        at.rx() += rect.width() - size.width();
+    if (alignment & Qt::AlignVCenter)
+        at.ry() += (rect.height() - size.height()) / 2;
+    else if (alignment & Qt::AlignBottom)
+        at.ry() += rect.height() - size.height();
+    painter.setPen(halo);
     for (const QPointF &offset : offsets)
-        text(painter, rect.translated(offset), alignment, string, font, halo);
-    text(painter, rect, alignment, string, font, color);
+        painter.drawStaticText(at + offset, laidOut);
+    painter.setPen(color);
+    painter.drawStaticText(at, laidOut);
+    painter.restore();
 }
 
 void overlay(QPainter &painter, const QRectF &rect, Theme::Overlay kind, const QColor &ink)

@@ -10,6 +10,7 @@
 #include "titlebar.h"
 
 #include <QMouseEvent>
+#include <QPaintEvent>
 
 namespace tock {
 
@@ -33,13 +34,19 @@ public:
     }
 
 protected:
-    void paintEvent(QPaintEvent *) override
+    void paintEvent(QPaintEvent *event) override
     {
-        QPainter painter(this);
-        begin(painter);
         const Theme &t = theme();
-        // The texture darkens in the deepest ink of the screen.
-        Draw::overlay(painter, unzoomedRect(), t.overlay, t.dark ? QColor(Qt::black) : t.windowBorder);
+        // One pass per dirty rectangle: a pass over their bounding box would fill lines as tall
+        // as the whole list for a few small time displays, and the raster engine hands fills
+        // that tall to other threads, waking them every second.
+        for (const QRect &dirty : event->region()) {
+            QPainter painter(this);
+            painter.setClipRect(dirty);
+            begin(painter);
+            // The texture darkens in the deepest ink of the screen.
+            Draw::overlay(painter, unzoomedRect(), t.overlay, t.dark ? QColor(Qt::black) : t.windowBorder);
+        }
     }
 };
 

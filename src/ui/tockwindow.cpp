@@ -6,6 +6,7 @@
 
 #include <QCloseEvent>
 #include <QGuiApplication>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QScreen>
 #include <QWindow>
@@ -91,26 +92,48 @@ void TockWindow::fitToContent()
     update();
 }
 
-void TockWindow::paintEvent(QPaintEvent *)
+void TockWindow::paintEvent(QPaintEvent *event)
 {
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
     const qreal z = std::max(model_->zoom(), 0.1);
-    painter.scale(z, z);
-    const Theme &t = Theme::of(model_->style());
-    const QRectF card(QPointF(root_->geometry().topLeft()) / z, QSizeF(root_->geometry().size()) / z);
-    Draw::Panel panel;
-    panel.fill = t.windowFill;
-    panel.fill2 = t.windowFill2;
-    panel.border = t.windowBorder;
-    panel.borderWidth = t.windowBorderWidth;
-    panel.shape = t.windowShape;
-    const bool roomForShadow = margin_ == Margin::shadow;
-    panel.hardShadow = roomForShadow && t.hardShadow;
-    panel.shadowColor = t.hardShadowColor;
-    panel.shadowOffset = t.shadowOffset + 1;
-    panel.softShadow = roomForShadow && t.systemShadow;
-    Draw::panel(painter, card, panel);
+    const qreal dpr = devicePixelRatioF();
+    const QSize pixels = (QSizeF(size()) * dpr).toSize();
+    const QString key = QStringLiteral("%1|%2|%3|%4|%5x%6|%7")
+                            .arg(StyleIDs::rawValue(model_->style()))
+                            .arg(z)
+                            .arg(dpr)
+                            .arg(int(margin_))
+                            .arg(pixels.width())
+                            .arg(pixels.height())
+                            .arg(QString::number(root_->geometry().x()) + QLatin1Char(',') + QString::number(root_->geometry().y()));
+    if (key != cardKey_) {
+        // The card with its shadows is the same for every repaint until the window changes, and
+        // filling its paths again is most of a tick's cost: drawn once, then copied.
+        cardKey_ = key;
+        const Theme &t = Theme::of(model_->style());
+        const QRectF card(QPointF(root_->geometry().topLeft()) / z, QSizeF(root_->geometry().size()) / z);
+        Draw::Panel panel;
+        panel.fill = t.windowFill;
+        panel.fill2 = t.windowFill2;
+        panel.border = t.windowBorder;
+        panel.borderWidth = t.windowBorderWidth;
+        panel.shape = t.windowShape;
+        const bool roomForShadow = margin_ == Margin::shadow;
+        panel.hardShadow = roomForShadow && t.hardShadow;
+        panel.shadowColor = t.hardShadowColor;
+        panel.shadowOffset = t.shadowOffset + 1;
+        panel.softShadow = roomForShadow && t.systemShadow;
+        card_ = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
+        card_.setDevicePixelRatio(dpr);
+        card_.fill(Qt::transparent);
+        QPainter cardPainter(&card_);
+        cardPainter.setRenderHint(QPainter::Antialiasing);
+        cardPainter.scale(z, z);
+        Draw::panel(cardPainter, card, panel);
+    }
+    // One copy per dirty rectangle: a tick dirties only the running times.
+    QPainter painter(this);
+    for (const QRect &dirty : event->region())
+        painter.drawImage(dirty, card_, QRectF(QPointF(dirty.topLeft()) * dpr, QSizeF(dirty.size()) * dpr));
 }
 
 void TockWindow::closeEvent(QCloseEvent *event)

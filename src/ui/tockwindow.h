@@ -5,6 +5,7 @@
 
 #include "appmodel.h"
 
+#include <QImage>
 #include <QWidget>
 
 #include <functional>
@@ -50,6 +51,9 @@ private:
     AppModel *model_;
     RootView *root_;
     Margin margin_ = Margin::shadow;
+    // The window's card as last drawn, and what it was drawn for.
+    QImage card_;
+    QString cardKey_;
 };
 
 // True when the X11 screen has a compositing manager (or the platform is not X11).
