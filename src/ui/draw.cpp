@@ -1,6 +1,7 @@
 #include "draw.h"
 
 #include <QFontMetricsF>
+#include <QWidget>
 #include <QLinearGradient>
 #include <QStaticText>
 
@@ -166,6 +167,24 @@ void overlay(QPainter &painter, const QRectF &rect, Theme::Overlay kind, const Q
 qreal textWidth(const QFont &font, const QString &string)
 {
     return QFontMetricsF(font).horizontalAdvance(string);
+}
+
+void Layer::paint(QWidget *widget, const QRegion &dirty, const QString &key, const std::function<void(QPainter &)> &draw)
+{
+    const qreal dpr = widget->devicePixelRatioF();
+    const QSize pixels = (QSizeF(widget->size()) * dpr).toSize();
+    if (key != key_ || image_.size() != pixels || image_.devicePixelRatio() != dpr) {
+        key_ = key;
+        image_ = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
+        image_.setDevicePixelRatio(dpr);
+        image_.fill(Qt::transparent);
+        QPainter painter(&image_);
+        draw(painter);
+    }
+    // One copy per rectangle, each at one-to-one scale: the cheapest thing a painter does.
+    QPainter painter(widget);
+    for (const QRect &rect : dirty)
+        painter.drawImage(rect, image_, QRectF(QPointF(rect.topLeft()) * dpr, QSizeF(rect.size()) * dpr));
 }
 
 } // namespace tock::Draw

@@ -6,7 +6,13 @@
 #include "theme.h"
 
 #include <QPainter>
+#include <QImage>
 #include <QPainterPath>
+#include <QRegion>
+
+#include <functional>
+
+class QWidget;
 
 namespace tock::Draw {
 
@@ -51,5 +57,20 @@ void overlay(QPainter &painter, const QRectF &rect, Theme::Overlay kind, const Q
 
 // The width `text` takes in `font`.
 qreal textWidth(const QFont &font, const QString &text);
+
+// A widget's background drawn once into an image and copied while its key stays the same:
+// filling a card's shadowed, antialiased paths again for every repaint is most of a tick's
+// cost, and a tick dirties only small rectangles.
+class Layer {
+public:
+    // Paints `widget`'s dirty rectangles from the image, first drawing it with `draw` (a painter
+    // on the image, set up in the widget's logical pixels) when `key`, the size or the pixel
+    // ratio changed.
+    void paint(QWidget *widget, const QRegion &dirty, const QString &key, const std::function<void(QPainter &)> &draw);
+
+private:
+    QImage image_;
+    QString key_;
+};
 
 } // namespace tock::Draw

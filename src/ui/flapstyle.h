@@ -23,6 +23,9 @@ struct FlapStyle {
     qreal separatorWidth = 10;
     qreal fontScale = 0.78;   // glyph pixel size relative to the tile height
     QString separators = QStringLiteral(":"); // drawn narrow between tiles rather than on one
+    // The flat colour under the tiles, when the host has one: the tiles then fill it first and
+    // Qt need not repaint the host's layers under every frame of a flip. Invalid for none.
+    QColor ground;
 
     bool operator==(const FlapStyle &) const = default;
 

@@ -12,7 +12,6 @@ namespace tock {
 
 FlapText::FlapText(FlapClock *clock, QWidget *parent) : QWidget(parent), clock_(clock)
 {
-    setAttribute(Qt::WA_OpaquePaintEvent, false);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
@@ -23,6 +22,7 @@ void FlapText::setStyle(const FlapStyle &style)
     if (style == style_)
         return;
     style_ = style;
+    setAttribute(Qt::WA_OpaquePaintEvent, style_.ground.isValid() && style_.ground.alpha() == 255);
     // The separator set decides which characters get tiles.
     rebuild();
 }
@@ -127,8 +127,10 @@ QSize FlapText::sizeHint() const
 void FlapText::paintEvent(QPaintEvent *event)
 {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
     const QRect dirty = event->rect();
+    if (testAttribute(Qt::WA_OpaquePaintEvent))
+        painter.fillRect(dirty, style_.ground);
+    painter.setRenderHint(QPainter::Antialiasing);
     for (const Slot &slot : slots_) {
         if (slot.tile >= 0 || !slot.rect.intersects(dirty))
             continue;

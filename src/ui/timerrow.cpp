@@ -52,37 +52,45 @@ public:
     RowFace(AppModel *model, TimerRow *row) : View(model, row), row_(row) {}
 
 protected:
-    void paintEvent(QPaintEvent *) override
+    void paintEvent(QPaintEvent *event) override
     {
-        QPainter painter(this);
-        begin(painter);
         const Theme &t = theme();
         const QRectF card = row_->cardRect();
         const AppModel *m = model();
-        QColor fill = t.rowFillAt(row_->index_);
-        if (m->editingID() == row_->id_)
-            fill = t.rowTints.isEmpty() ? t.rowEditFill : fill.lighter(106);
-        else if (m->hoveredID() == row_->id_ && t.rowTints.isEmpty())
-            fill = t.rowHoverFill;
-        Draw::Panel panel;
-        panel.fill = panel.fill2 = fill;
-        panel.border = t.rowBorder;
-        panel.borderWidth = t.rowBorderWidth;
-        panel.shape = t.rowShape;
-        panel.hardShadow = t.rowShadow;
-        panel.shadowColor = t.hardShadowColor;
-        panel.shadowOffset = t.shadowOffset;
-        panel.embossed = t.rowEmbossed;
-        panel.lip = t.rowEmbossed;
-        Draw::panel(painter, card, panel);
-        if (!row_->isLast_ && t.rowSeparator != SeparatorKind::none) {
-            const qreal y = card.bottom() + t.rowSpacing / 2 - 0.5;
-            Draw::separator(painter, QPointF(card.left(), y), QPointF(card.right(), y), t.rowSeparator, t.ruleInk, 1);
-        }
+        const QColor fill = row_->cardFill();
+        const bool separated = !row_->isLast_ && t.rowSeparator != SeparatorKind::none;
+        const QString key = QStringLiteral("%1|%2|%3|%4,%5,%6,%7|%8")
+                                .arg(StyleIDs::rawValue(m->style()))
+                                .arg(fill.name(QColor::HexArgb))
+                                .arg(zoom())
+                                .arg(card.x())
+                                .arg(card.y())
+                                .arg(card.width())
+                                .arg(card.height())
+                                .arg(separated);
+        layer_.paint(this, event->region(), key, [&](QPainter &painter) {
+            begin(painter);
+            Draw::Panel panel;
+            panel.fill = panel.fill2 = fill;
+            panel.border = t.rowBorder;
+            panel.borderWidth = t.rowBorderWidth;
+            panel.shape = t.rowShape;
+            panel.hardShadow = t.rowShadow;
+            panel.shadowColor = t.hardShadowColor;
+            panel.shadowOffset = t.shadowOffset;
+            panel.embossed = t.rowEmbossed;
+            panel.lip = t.rowEmbossed;
+            Draw::panel(painter, card, panel);
+            if (separated) {
+                const qreal y = card.bottom() + t.rowSpacing / 2 - 0.5;
+                Draw::separator(painter, QPointF(card.left(), y), QPointF(card.right(), y), t.rowSeparator, t.ruleInk, 1);
+            }
+        });
     }
 
 private:
     TimerRow *row_;
+    Draw::Layer layer_;
 };
 
 // ---------------------------------------------------------------------------------------------
@@ -178,6 +186,12 @@ void LiveTimeButton::restyle()
     style.radius = t.wellShape.radius * z;
     style.gap = tileGap() * z;
     style.separatorWidth = (colonWidth(t) - tileGap()) * z;
+    // A flat card under the tiles lets them paint it themselves; an embossed one has edges.
+    const TimerRow *row = nullptr;
+    for (QWidget *w = parentWidget(); w && !row; w = w->parentWidget())
+        row = qobject_cast<TimerRow *>(w);
+    if (row && !t.rowEmbossed)
+        style.ground = row->cardFill();
     flap_->setStyle(style);
     flap_->setAnimated(root->isAnimated());
     flap_->setText(text());
@@ -418,6 +432,17 @@ void TimerRow::followOffset(bool animated)
     slide_->setEasingCurve(slidingOut ? QEasingCurve::InQuad : QEasingCurve::OutQuad);
     connect(slide_, &QVariantAnimation::valueChanged, this, [this](const QVariant &v) { setOffset(v.toReal()); });
     slide_->start();
+}
+
+QColor TimerRow::cardFill() const
+{
+    const Theme &t = theme();
+    QColor fill = t.rowFillAt(index_);
+    if (model()->editingID() == id_)
+        fill = t.rowTints.isEmpty() ? t.rowEditFill : fill.lighter(106);
+    else if (model()->hoveredID() == id_ && t.rowTints.isEmpty())
+        fill = t.rowHoverFill;
+    return fill;
 }
 
 void TimerRow::refresh()

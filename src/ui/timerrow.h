@@ -92,6 +92,9 @@ public:
     qreal offset() const { return offset_; }
     void setOffset(qreal offset);
 
+    // The card's colour now (its place's tint, hover, edit).
+    QColor cardFill() const;
+
     // Something about this row changed (the timer, hover, edit, style): redraw and re-place.
     void refresh();
     void relayout();

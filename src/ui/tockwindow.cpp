@@ -95,22 +95,17 @@ void TockWindow::fitToContent()
 void TockWindow::paintEvent(QPaintEvent *event)
 {
     const qreal z = std::max(model_->zoom(), 0.1);
-    const qreal dpr = devicePixelRatioF();
-    const QSize pixels = (QSizeF(size()) * dpr).toSize();
-    const QString key = QStringLiteral("%1|%2|%3|%4|%5x%6|%7")
+    const QRect root = root_->geometry();
+    const QString key = QStringLiteral("%1|%2|%3|%4,%5,%6,%7")
                             .arg(StyleIDs::rawValue(model_->style()))
                             .arg(z)
-                            .arg(dpr)
                             .arg(int(margin_))
-                            .arg(pixels.width())
-                            .arg(pixels.height())
-                            .arg(QString::number(root_->geometry().x()) + QLatin1Char(',') + QString::number(root_->geometry().y()));
-    if (key != cardKey_) {
-        // The card with its shadows is the same for every repaint until the window changes, and
-        // filling its paths again is most of a tick's cost: drawn once, then copied.
-        cardKey_ = key;
+                            .arg(root.x())
+                            .arg(root.y())
+                            .arg(root.width())
+                            .arg(root.height());
+    card_.paint(this, event->region(), key, [&](QPainter &painter) {
         const Theme &t = Theme::of(model_->style());
-        const QRectF card(QPointF(root_->geometry().topLeft()) / z, QSizeF(root_->geometry().size()) / z);
         Draw::Panel panel;
         panel.fill = t.windowFill;
         panel.fill2 = t.windowFill2;
@@ -122,18 +117,10 @@ void TockWindow::paintEvent(QPaintEvent *event)
         panel.shadowColor = t.hardShadowColor;
         panel.shadowOffset = t.shadowOffset + 1;
         panel.softShadow = roomForShadow && t.systemShadow;
-        card_ = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
-        card_.setDevicePixelRatio(dpr);
-        card_.fill(Qt::transparent);
-        QPainter cardPainter(&card_);
-        cardPainter.setRenderHint(QPainter::Antialiasing);
-        cardPainter.scale(z, z);
-        Draw::panel(cardPainter, card, panel);
-    }
-    // One copy per dirty rectangle: a tick dirties only the running times.
-    QPainter painter(this);
-    for (const QRect &dirty : event->region())
-        painter.drawImage(dirty, card_, QRectF(QPointF(dirty.topLeft()) * dpr, QSizeF(dirty.size()) * dpr));
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.scale(z, z);
+        Draw::panel(painter, QRectF(QPointF(root.topLeft()) / z, QSizeF(root.size()) / z), panel);
+    });
 }
 
 void TockWindow::closeEvent(QCloseEvent *event)

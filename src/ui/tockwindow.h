@@ -4,8 +4,8 @@
 #pragma once
 
 #include "appmodel.h"
+#include "draw.h"
 
-#include <QImage>
 #include <QWidget>
 
 #include <functional>
@@ -51,9 +51,7 @@ private:
     AppModel *model_;
     RootView *root_;
     Margin margin_ = Margin::shadow;
-    // The window's card as last drawn, and what it was drawn for.
-    QImage card_;
-    QString cardKey_;
+    Draw::Layer card_;
 };
 
 // True when the X11 screen has a compositing manager (or the platform is not X11).

@@ -1,6 +1,6 @@
 // Split-flap tiles in virtual time: how long a flip lasts, when it settles and on what, that
-// nothing animates without a change, that a vanished tile is left alone, and that a flip
-// repaints only its own tile.
+// nothing animates without a change, that a vanished tile is left alone, that a falling leaf is
+// drawn in perspective, and that a flip repaints only its own tile.
 #include "flapclock.h"
 #include "flaptext.h"
 #include "flaptile.h"
@@ -245,6 +245,37 @@ private Q_SLOTS:
                                 .arg(log.painted.boundingRect().y())
                                 .arg(log.painted.boundingRect().width())
                                 .arg(log.painted.boundingRect().height())));
+    }
+
+    // A third of the way down, the falling leaf's outer edge comes towards the eye and stands
+    // out past the tile's sides; at rest nothing does.
+    void aFallingLeafIsSeenInPerspective()
+    {
+        VirtualFlap v;
+        QWidget window;
+        auto *text = new FlapText(&v.clock, &window);
+        text->setText(QStringLiteral("0"));
+        window.resize(text->sizeHint());
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        const QRectF tile = text->tile(0)->geometry();
+        const auto outside = [&] {
+            QImage image(text->size(), QImage::Format_ARGB32_Premultiplied);
+            image.fill(Qt::transparent);
+            text->render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
+            int lit = 0;
+            for (int y = int(tile.top()); y < int(tile.bottom()); ++y)
+                lit += qAlpha(image.pixel(int(tile.left()) - 1, y)) > 0 ? 1 : 0;
+            return lit;
+        };
+        QCOMPARE(outside(), 0);
+        text->setText(QStringLiteral("1"));
+        v.frameAt(v.t + 0.08);
+        QVERIFY(text->tile(0)->isFlipping());
+        QVERIFY(outside() > 0);
+        v.frameAt(v.t + 1);
+        QVERIFY(!text->tile(0)->isFlipping());
+        QCOMPARE(outside(), 0);
     }
 
     // Faces are rendered once per character, size and pixel ratio, and again at a new ratio so
