@@ -14,7 +14,7 @@ namespace tock {
 namespace {
 
 constexpr double baseHalfFlip = 0.12;
-constexpr int frameMs = 25; // 40 frames a second: smooth for a 0.12 s half turn, half the work of 60
+constexpr int frameMs = 30; // 33 frames a second: four to a 0.12 s half turn, half the work of 60
 
 } // namespace
 
@@ -95,7 +95,7 @@ void FlapClock::advance()
     // Settling repaints and may, through a host's reaction, start new flips; the list is
     // consistent by now.
     for (const Flip &f : due)
-        f.tile->settle(f.token);
+        f.tile->settle(f.token, f.endPainted);
     if (flips_.empty())
         timer_.stop();
     else if (!timer_.isActive())

@@ -204,11 +204,14 @@ void FlapTile::setResting(QChar c)
     shown_ = from_ = target_ = c;
 }
 
-void FlapTile::settle(int token)
+void FlapTile::settle(int token, bool endShown)
 {
     if (token != flipToken_)
         return;
-    repaint();
+    // The motion's last frame already shows the face at rest, leaves flat and nothing in the
+    // overhang; only a flip whose end was never drawn (the loop was busy) needs a frame more.
+    if (!endShown)
+        repaint();
     flipping_ = false;
     shown_ = from_ = target_;
 }

@@ -58,7 +58,7 @@ public:
 private:
     friend class FlapClock;
     void repaint() const;
-    void settle(int token);
+    void settle(int token, bool endShown);
     QImage face(QChar c, qreal dpr) const;
 
     QPointer<FlapClock> clock_;
