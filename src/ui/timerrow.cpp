@@ -204,7 +204,7 @@ void LiveTimeButton::resizeEvent(QResizeEvent *)
         flap_->setGeometry(rect());
 }
 
-void LiveTimeButton::paintEvent(QPaintEvent *)
+void LiveTimeButton::paintEvent(QPaintEvent *event)
 {
     if (flap_)
         return; // the tiles draw themselves
@@ -222,17 +222,29 @@ void LiveTimeButton::paintEvent(QPaintEvent *)
         paintTiles(painter, area, shown, running);
         return;
     case TimeKind::well: {
-        Draw::Panel well;
-        well.fill = t.wellFill;
-        well.fill2 = t.wellFill2;
-        well.border = t.wellBorder;
-        well.borderWidth = t.wellBorderWidth;
-        well.shape = t.wellShape;
-        well.hardShadow = t.wellHardShadow;
-        well.shadowColor = t.hardShadowColor;
-        well.shadowOffset = t.shadowOffset;
-        well.recessed = t.wellRecessed;
-        Draw::panel(painter, area, well);
+        // The well is the same every second: drawn once, then copied under the digits.
+        painter.end();
+        const QString key = QStringLiteral("%1|%2|%3x%4")
+                                .arg(StyleIDs::rawValue(model()->style()))
+                                .arg(zoom())
+                                .arg(area.width())
+                                .arg(area.height());
+        well_.paint(this, event->region(), key, [&](QPainter &wellPainter) {
+            begin(wellPainter);
+            Draw::Panel well;
+            well.fill = t.wellFill;
+            well.fill2 = t.wellFill2;
+            well.border = t.wellBorder;
+            well.borderWidth = t.wellBorderWidth;
+            well.shape = t.wellShape;
+            well.hardShadow = t.wellHardShadow;
+            well.shadowColor = t.hardShadowColor;
+            well.shadowOffset = t.shadowOffset;
+            well.recessed = t.wellRecessed;
+            Draw::panel(wellPainter, area, well);
+        });
+        painter.begin(this);
+        begin(painter);
         area = area.adjusted(t.wellPadH, t.wellPadV, -t.wellPadH, -t.wellPadV);
         break;
     }

@@ -3,6 +3,7 @@
 // row to the model and a right click offers "Reset" and "Delete Timer".
 #pragma once
 
+#include "draw.h"
 #include "themedbutton.h"
 #include "view.h"
 
@@ -46,6 +47,7 @@ private:
     QUuid id_;
     qsizetype shownLength_ = 0;
     FlapText *flap_ = nullptr; // the tiles, in themes that draw the time on them
+    Draw::Layer well_;         // the recessed panel behind the digits, in themes that have one
 };
 
 // The delete button behind a row, uncovered when the row slides left.
