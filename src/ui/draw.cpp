@@ -1,9 +1,11 @@
 #include "draw.h"
 
 #include <QFontMetricsF>
-#include <QWidget>
 #include <QLinearGradient>
 #include <QStaticText>
+#include <QWidget>
+
+#include <cmath>
 
 #include "overlays.h"
 #include "shapes.h"
@@ -171,18 +173,21 @@ qreal textWidth(const QFont &font, const QString &string)
 
 void Layer::paint(QWidget *widget, const QRegion &dirty, const QString &key, const std::function<void(QPainter &)> &draw)
 {
-    const qreal dpr = widget->devicePixelRatioF();
+    QPainter painter(widget);
+    // The painter's own scale, not the widget's ratio: rendered into a sharper image (a
+    // screenshot), the widget still reports its screen's ratio.
+    const QTransform device = painter.deviceTransform();
+    const qreal dpr = std::max(0.01, qRound(std::hypot(device.m11(), device.m12()) * 100) / 100.0);
     const QSize pixels = (QSizeF(widget->size()) * dpr).toSize();
     if (key != key_ || image_.size() != pixels || image_.devicePixelRatio() != dpr) {
         key_ = key;
         image_ = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
         image_.setDevicePixelRatio(dpr);
         image_.fill(Qt::transparent);
-        QPainter painter(&image_);
-        draw(painter);
+        QPainter layer(&image_);
+        draw(layer);
     }
     // One copy per rectangle, each at one-to-one scale: the cheapest thing a painter does.
-    QPainter painter(widget);
     for (const QRect &rect : dirty)
         painter.drawImage(rect, image_, QRectF(QPointF(rect.topLeft()) * dpr, QSizeF(rect.size()) * dpr));
 }

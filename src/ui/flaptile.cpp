@@ -94,7 +94,7 @@ QImage warpLeaf(const QImage &face, int mid, bool top, qreal angle, qreal eye, i
     const qreal sine = std::sin(theta);
     const qreal cosine = std::cos(theta);
     const qreal cx = w / 2.0;
-    // Fixed point, 8 fraction bits: a leaf is a few hundred pixels, drawn some fifteen times a flip.
+    // Fixed point, 8 fraction bits: a leaf is a few hundred pixels, warped afresh every frame.
     const qreal k = std::clamp(shade, 0.0, 1.0);
     const int keep = int((1 - k) * 256 + 0.5);
     const int inkR = int(shadeInk.redF() * k * 256 + 0.5);
