@@ -1,6 +1,7 @@
 #include "terminal.h"
 
 #include "controlsocket.h"
+#include "endingsignals.h"
 #include "rawterminal.h"
 #include "remoteterminal.h"
 #include "startup.h"
@@ -14,7 +15,6 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 namespace tock {
@@ -209,55 +209,6 @@ private:
     bool skipLineFeed_ = false; // the last line ended with a carriage return at a chunk's end
 };
 
-// Ctrl-C, a closed terminal or a polite kill end the session the normal way (timers paused,
-// board saved) instead of losing the last seconds: the handler only writes a byte to a socket
-// that the event loop watches.
-class EndOnSignal {
-public:
-    explicit EndOnSignal(QEventLoop &loop)
-    {
-        if (::socketpair(AF_UNIX, SOCK_STREAM, 0, fds_) != 0)
-            return;
-        notifier_ = std::make_unique<QSocketNotifier>(fds_[1], QSocketNotifier::Read);
-        QObject::connect(notifier_.get(), &QSocketNotifier::activated, &loop, [&loop] { loop.quit(); });
-        writeEnd_ = fds_[0];
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-            struct sigaction action = {};
-            action.sa_handler = &EndOnSignal::handle;
-            sigemptyset(&action.sa_mask);
-            action.sa_flags = SA_RESTART;
-            ::sigaction(signal, &action, nullptr);
-        }
-    }
-    ~EndOnSignal()
-    {
-        if (!notifier_)
-            return;
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-            ::signal(signal, SIG_DFL);
-        writeEnd_ = -1;
-        notifier_.reset();
-        ::close(fds_[0]);
-        ::close(fds_[1]);
-    }
-    EndOnSignal(const EndOnSignal &) = delete;
-    EndOnSignal &operator=(const EndOnSignal &) = delete;
-
-private:
-    static void handle(int)
-    {
-        const char byte = 1;
-        if (writeEnd_ >= 0) {
-            const ssize_t written = ::write(writeEnd_, &byte, 1);
-            (void)written; // nothing sensible to do in a handler if the socket is full
-        }
-    }
-
-    static inline volatile sig_atomic_t writeEnd_ = -1;
-    int fds_[2] = {-1, -1};
-    std::unique_ptr<QSocketNotifier> notifier_;
-};
-
 Instant clockNow(const Services &services)
 {
     return services.clock ? services.clock->now() : 0;
@@ -330,7 +281,7 @@ int runTerminal(const QStringList &lines, const QString &directory, const Servic
             session.printPrompt();
         };
         QEventLoop loop;
-        const EndOnSignal endOnSignal(loop);
+        const EndingSignals endOnSignal(&loop, [&loop] { loop.quit(); });
         InputReader reader(session, prompt, loop);
         // At a terminal, keys edit the line in place; the plain line reader is the fallback.
         const bool edited =
