@@ -36,9 +36,11 @@ bool toDevicePixels(QPainter &painter, const QRectF &area, QRectF &deviceArea, q
     return !deviceArea.isEmpty();
 }
 
-} // namespace
-
-void PixelGridOverlay::paint(QPainter &painter, const QRectF &area, const QColor &ink)
+// Runs `draw(origin, visible, scale, color)` with the painter in device pixels, unsmoothed, and
+// `ink` at `alpha`; `origin` is area's top-left in device pixels. Skipped where the painter is
+// rotated or sheared.
+template<typename Draw>
+void inDevicePixels(QPainter &painter, const QRectF &area, const QColor &ink, int alpha, Draw draw)
 {
     painter.save();
     const QPointF origin = painter.deviceTransform().map(area.topLeft());
@@ -48,6 +50,16 @@ void PixelGridOverlay::paint(QPainter &painter, const QRectF &area, const QColor
         QColor color = ink;
         color.setAlpha(alpha);
         painter.setRenderHint(QPainter::Antialiasing, false);
+        draw(origin, visible, scale, color);
+    }
+    painter.restore();
+}
+
+} // namespace
+
+void PixelGridOverlay::paint(QPainter &painter, const QRectF &area, const QColor &ink)
+{
+    inDevicePixels(painter, area, ink, alpha, [&](QPointF origin, const QRectF &visible, qreal scale, const QColor &color) {
         const qreal thickness = std::max<qreal>(1, std::round(scale / 2));
         const qreal pitch = cell * scale;
         bands(origin.x(), pitch, thickness, visible.left(), visible.right(), [&](qreal x, qreal w) {
@@ -56,27 +68,18 @@ void PixelGridOverlay::paint(QPainter &painter, const QRectF &area, const QColor
         bands(origin.y(), pitch, thickness, visible.top(), visible.bottom(), [&](qreal y, qreal h) {
             painter.fillRect(QRectF(visible.left(), y, visible.width(), h), color);
         });
-    }
-    painter.restore();
+    });
 }
 
 void ScanlineOverlay::paint(QPainter &painter, const QRectF &area, const QColor &ink)
 {
-    painter.save();
-    const QPointF origin = painter.deviceTransform().map(area.topLeft());
-    QRectF visible;
-    qreal scale = 1;
-    if (toDevicePixels(painter, area, visible, scale)) {
-        QColor color = ink;
-        color.setAlpha(alpha);
-        painter.setRenderHint(QPainter::Antialiasing, false);
+    inDevicePixels(painter, area, ink, alpha, [&](QPointF origin, const QRectF &visible, qreal scale, const QColor &color) {
         const qreal thickness = std::max<qreal>(1, std::round(scale));
         bands(origin.y() + thickness, pitch * scale, thickness, visible.top(), visible.bottom(),
               [&](qreal y, qreal h) {
                   painter.fillRect(QRectF(visible.left(), y, visible.width(), h), color);
               });
-    }
-    painter.restore();
+    });
 }
 
 } // namespace tock
