@@ -312,7 +312,11 @@ bool Store::newestBackupIsRecent(Instant now)
 {
     const std::optional<Instant> written = fm_->modified(backupPath(1));
     // A date in the future says nothing about the age; then the backup is not trusted as recent.
-    return written && now >= *written && now - *written < minimumBackupInterval_;
+    // A moment ahead is only the grain of two clocks: the file system's stamp has nanoseconds,
+    // `now` whole milliseconds, so a backup written this millisecond can look a little younger
+    // than zero.
+    constexpr double clockGrain = 1.0;
+    return written && now + clockGrain >= *written && now - *written < minimumBackupInterval_;
 }
 
 void Store::save(const Snapshot &snapshot, Instant now)

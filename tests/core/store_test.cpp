@@ -5,6 +5,8 @@
 #include <QTest>
 #include <QTimeZone>
 
+#include <cmath>
+
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -469,6 +471,7 @@ private slots:
         QTest::newRow("newest, recent") << int(Store::BackupPacing::byNewestBackup) << 599.0 << false;
         QTest::newRow("newest, old") << int(Store::BackupPacing::byNewestBackup) << 601.0 << true;
         QTest::newRow("newest, future") << int(Store::BackupPacing::byNewestBackup) << -100.0 << true;
+        QTest::newRow("newest, this millisecond") << int(Store::BackupPacing::byNewestBackup) << -0.0005 << false;
     }
     void backupPacing()
     {
@@ -480,7 +483,10 @@ private slots:
             Fixture f;
             f.plant("VV");
             f.store.setBackupPacing(Store::BackupPacing(pacing));
-            const struct timeval times[2] = {{time_t(now - age), 0}, {time_t(now - age), 0}};
+            const double at = now - age;
+            const auto whole = time_t(std::floor(at));
+            const auto micro = suseconds_t(std::lround((at - double(whole)) * 1e6));
+            const struct timeval times[2] = {{whole, micro}, {whole, micro}};
             QCOMPARE(::utimes(QFile::encodeName(f.path(f.file(1))).constData(), times), 0);
             if (atStart)
                 f.store.rotateBackupsAtStart(now);
