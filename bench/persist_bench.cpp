@@ -78,7 +78,7 @@ private slots:
         store.save(s, 0);
         int round = 0;
         QBENCHMARK {
-            store.load();
+            store.load(0);
             s.timers.first().name = QStringLiteral("Renamed %1").arg(++round);
             store.save(s, 1);
         }

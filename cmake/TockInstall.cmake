@@ -31,6 +31,10 @@ if(APPLE)
 endif()
 
 install(TARGETS tock RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+if(TARGET TockWindow)
+  # Private to tock, which opens it for the window modes.
+  install(TARGETS TockWindow LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/tock)
+endif()
 
 if(TOCK_BUILD_UI)
   # Every file a desktop finds Tock by carries the one identifier in its name.

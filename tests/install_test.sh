@@ -34,6 +34,9 @@ done
 if [ -x "$prefix/bin/tock" ]; then
     out=$("$prefix/bin/tock" --selftest 2>&1)
     [[ $out == *"app checks passed"* ]] || fail "installed tock --selftest: $out"
+    # The drawing modes open the window module from its installed place.
+    out=$(QT_QPA_PLATFORM=offscreen "$prefix/bin/tock" --bench classic 1 0.1 2>&1)
+    [[ $out == "bench classic 1 timers"* ]] || fail "installed tock --bench: $out"
 else
     fail "missing bin/tock"
 fi
@@ -76,12 +79,12 @@ if command -v dpkg-deb >/dev/null && command -v dpkg-shlibdeps >/dev/null && com
     if cpack -G DEB -B "$work/pkg" --config "$build/CPackConfig.cmake" >"$work/cpack.log" 2>&1; then
         deb=$(ls "$work"/pkg/tock_*.deb)
         files=$(dpkg-deb -c "$deb")
-        for f in ./usr/bin/tock "./usr/share/applications/$id.desktop" "./usr/share/metainfo/$id.metainfo.xml" \
+        for f in ./usr/bin/tock ./usr/lib/tock/tock-window.so "./usr/share/applications/$id.desktop" "./usr/share/metainfo/$id.metainfo.xml" \
             "./usr/share/icons/hicolor/256x256/apps/$id.png"; do
             grep -q " $f\$" <<<"$files" || fail "the package lacks $f"
         done
         depends=$(dpkg-deb -f "$deb" Depends)
-        for d in libqt6core6 qt6-qpa-plugins; do
+        for d in libqt6core6 libqt6widgets6 qt6-qpa-plugins; do
             [[ $depends == *"$d"* ]] || fail "the package does not depend on $d: $depends"
         done
         [ "$(dpkg-deb -f "$deb" Section)" = utils ] || fail "the package's section is not utils"

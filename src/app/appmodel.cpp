@@ -111,7 +111,7 @@ AppModel::AppModel(std::shared_ptr<Store> store, Board board, std::optional<Styl
     QStringList entries;
     if (const std::optional<QVariant> stored = settings.value(ShellHistory::settingsKey()))
         entries = stored->toStringList();
-    history_ = std::make_unique<ShellHistory>(entries, ShellHistory::defaultLimit);
+    shell_ = new ShellSession(*this, entries);
 
     // 5. What was loaded.
     board_ = std::move(board);
@@ -388,7 +388,7 @@ void AppModel::save()
     cancelTask(saveWork_);
 
     if (store_->awaitingArchive()) {
-        if (!store_->retryPreservation()) {
+        if (!store_->retryPreservation(currentTime())) {
             setNotice(StorageNotice::saveFailed(archiveFailedMessage()));
             return;
         }
@@ -692,7 +692,7 @@ void AppModel::confirmStartFresh()
     if (!store_)
         return;
     try {
-        store_->setAsideUnreadableAndStartFresh();
+        store_->setAsideUnreadableAndStartFresh(currentTime());
     } catch (const StoreError &error) {
         setNotice(StorageNotice::saveFailed(error.description()));
         return;
@@ -704,14 +704,6 @@ void AppModel::confirmStartFresh()
 void AppModel::retrySave()
 {
     save();
-}
-
-QString AppModel::names(const QList<QUuid> &ids) const
-{
-    if (ids.size() != 1)
-        return QString::number(ids.size()) + QStringLiteral(" timers");
-    const std::optional<TimerItem> timer = board_.timer(ids.first());
-    return timer ? Text::quoted(timer->displayName()) : TimerItem::untitled();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -778,64 +770,6 @@ void AppModel::undoToast()
         performUndo(toast.entry, toast.token);
     }
     setToast(std::nullopt);
-}
-
-// ---------------------------------------------------------------------------------------------
-// What changed
-
-bool BoardChange::isEmpty() const
-{
-    return inserted.isEmpty() && removed.isEmpty() && moved.isEmpty() && changed.isEmpty();
-}
-
-BoardChange BoardChange::between(const Board &before, const Board &after)
-{
-    BoardChange change;
-    QHash<QUuid, qsizetype> oldIndex;
-    for (qsizetype i = 0; i < before.timers.size(); ++i)
-        oldIndex.insert(before.timers.at(i).id, i);
-    QSet<QUuid> kept;
-    // Timers on both boards, in their new order, with their old index.
-    QList<std::pair<qsizetype, qsizetype>> common; // (old index, new index)
-    for (qsizetype i = 0; i < after.timers.size(); ++i) {
-        const TimerItem &timer = after.timers.at(i);
-        const auto it = oldIndex.constFind(timer.id);
-        if (it == oldIndex.constEnd()) {
-            change.inserted.append({timer.id, i});
-            continue;
-        }
-        kept.insert(timer.id);
-        common.append({*it, i});
-        if (before.timers.at(*it) != timer)
-            change.changed.append(timer.id);
-    }
-    for (const TimerItem &timer : before.timers) {
-        if (!kept.contains(timer.id))
-            change.removed.append(timer.id);
-    }
-
-    // The longest run whose old order survives stayed put; everything else moved. Patience
-    // sorting on the old indexes, with links back to rebuild the run.
-    QList<qsizetype> tails;              // positions in `common` ending the best run of each length
-    QList<qsizetype> previous(common.size(), -1);
-    for (qsizetype i = 0; i < common.size(); ++i) {
-        const auto pos = std::lower_bound(tails.begin(), tails.end(), common.at(i).first,
-                                          [&](qsizetype t, qsizetype value) { return common.at(t).first < value; });
-        if (pos != tails.begin())
-            previous[i] = *(pos - 1);
-        if (pos == tails.end())
-            tails.append(i);
-        else
-            *pos = i;
-    }
-    QList<bool> stayed(common.size(), false);
-    for (qsizetype i = tails.isEmpty() ? -1 : tails.last(); i >= 0; i = previous.at(i))
-        stayed[i] = true;
-    for (qsizetype i = 0; i < common.size(); ++i) {
-        if (!stayed.at(i))
-            change.moved.append({after.timers.at(common.at(i).second).id, common.at(i).first, common.at(i).second});
-    }
-    return change;
 }
 
 } // namespace tock

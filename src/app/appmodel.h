@@ -8,7 +8,9 @@
 #pragma once
 
 #include "board.h"
+#include "boardchange.h"
 #include "services.h"
+#include "shellsession.h"
 #include "styleid.h"
 #include "timeedit.h"
 #include "undoentry.h"
@@ -30,8 +32,7 @@
 namespace tock {
 
 class Store;
-class ShellHistory;
-struct ShellCommand;
+class ShellSession;
 
 // The storage banner.
 struct StorageNotice {
@@ -89,32 +90,6 @@ private:
 // The text shown when recovery could not archive the damaged file.
 QString archiveFailedMessage();
 
-// What one edit did to the board, so views repaint or animate exactly those rows. Positions are
-// indexes: `position` and `to` in the board after the edit, `from` in the board before it.
-// Timers that only slid along because others were inserted, removed or moved are not listed.
-struct BoardChange {
-    struct Inserted {
-        QUuid id;
-        qsizetype position = 0;
-        bool operator==(const Inserted &) const = default;
-    };
-    struct Moved {
-        QUuid id;
-        qsizetype from = 0;
-        qsizetype to = 0;
-        bool operator==(const Moved &) const = default;
-    };
-    QList<Inserted> inserted;
-    QList<QUuid> removed;
-    QList<Moved> moved;
-    QList<QUuid> changed; // name, time or running state changed
-
-    bool isEmpty() const;
-    // The difference between two boards; the fewest timers count as moved.
-    static BoardChange between(const Board &before, const Board &after);
-    bool operator==(const BoardChange &) const = default;
-};
-
 // A question with two buttons for the window to ask.
 struct Confirmation {
     QString title;
@@ -154,14 +129,12 @@ public:
     bool styleMenuOpen() const { return styleMenuOpen_; }
     const std::optional<Toast> &toast() const { return toast_; }
     const std::optional<StorageNotice> &notice() const { return notice_; }
-    const QString &promptText() const { return promptText_; }
-    qsizetype promptCaret() const { return promptCaret_; }
-    const QStringList &shellOutput() const { return shellOutput_; }
-    bool shellOutputIsError() const { return shellOutputIsError_; }
     bool isEditingName() const { return isEditingName_; }
 
     // Plain state.
     DisplayTick *displayTick() const { return displayTick_; }
+    // The prompt, its history and output; lines typed there run through the model's actions.
+    ShellSession &shell() const { return *shell_; }
     UndoManager &undoManager() const { return undo_; }
     // A time edit is open (editingID and draft both set).
     bool isEditOpen() const { return editingID_.has_value() && draft_.has_value(); }
@@ -171,8 +144,6 @@ public:
     double rowOffset(const QUuid &id) const;
     // What the window asks after startFreshRequested().
     static Confirmation startFreshQuestion();
-    // The style names `style <name>` accepts: titles lower-cased, spaces as '-'.
-    static QStringList styleCommandNames();
 
     // Setters for state the views and the delegate own. Each notifies only on change.
     void setStyle(StyleID style);      // writes "style" when there is a store
@@ -228,23 +199,10 @@ public:
     void retrySave();
     void undoToast();
 
-    // The shell session (appmodel_shell.cpp). promptCaret counts user-perceived characters.
-    void promptInsert(const QString &text);
-    void promptBackspace();
-    void promptForwardDelete();
-    void promptMove(qsizetype delta);
-    void promptHistory(bool up);
-    void promptComplete();
-    void promptRun();
-    // Prompt keys that clear or move without running (Ctrl-U, Ctrl-L, Home, End).
-    void setPrompt(const QString &text, qsizetype caret);
-    void clearShellOutput();
-
 Q_SIGNALS:
     // Once per edit, only when some timer was inserted, removed, moved or changed.
     void boardChanged(const tock::BoardChange &change);
     void beepRequested();
-    void exitRequested();       // the shell's `exit`
     void startFreshRequested(); // ask startFreshQuestion(); "Start Fresh" calls confirmStartFresh()
     void styleChanged();
     void zoomChanged();
@@ -259,14 +217,11 @@ Q_SIGNALS:
     void styleMenuOpenChanged();
     void toastChanged();
     void noticeChanged();
-    void promptTextChanged();
-    void promptCaretChanged();
-    void shellOutputChanged();
-    void shellOutputIsErrorChanged();
     void isEditingNameChanged();
 
 private:
     friend struct ModelProbe; // the checks' window onto the tick, the toast and saving
+    friend class ShellSession; // reads the clock and saves the history like the model
 
     // Which whole second a running timer's display last showed, and for which run.
     struct Shown {
@@ -300,10 +255,6 @@ private:
     void save();
     void updateTicking();
     void onTick();
-    QString names(const QList<QUuid> &ids) const;
-    // Applies one parsed command; throws ShellError.
-    void execute(const ShellCommand &command);
-    void setShellOutput(QStringList lines, bool isError);
     void setEditing(std::optional<QUuid> id, std::optional<TimeEditDraft> draft);
     void setSwipe(std::optional<QUuid> id, double offset);
     void setRevealedID(std::optional<QUuid> id);
@@ -338,10 +289,6 @@ private:
     bool styleMenuOpen_ = false;
     std::optional<Toast> toast_;
     std::optional<StorageNotice> notice_;
-    QString promptText_;
-    qsizetype promptCaret_ = 0;
-    QStringList shellOutput_;
-    bool shellOutputIsError_ = false;
     bool isEditingName_ = false;
 
     // Plain.
@@ -354,7 +301,7 @@ private:
     Instant lastSave_ = -1e18; // the distant past
     Scheduler::TaskId toastWork_ = 0;
     Scheduler::TaskId swipeWork_ = 0;
-    std::unique_ptr<ShellHistory> history_;
+    ShellSession *shell_ = nullptr; // owned as a QObject child
     // Deferred tasks check this so they do nothing once the model is gone.
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };

@@ -1,6 +1,7 @@
 // The asking end of the control socket, for a second copy of Tock: synchronous calls with a
-// deadline, usable without an event loop. Every call first checks that a window answers at all,
-// so when none does within the time given nothing has been sent that could change anything.
+// deadline, usable without an event loop, on plain sockets so a terminal loads nothing beyond Qt
+// Core. Every call first checks that a window answers at all, so when none does within the time
+// given nothing has been sent that could change anything.
 #pragma once
 
 #include "controlsocket.h"

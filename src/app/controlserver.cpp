@@ -1,9 +1,6 @@
 #include "controlserver.h"
 
 #include "appmodel.h"
-#include "shell.h"
-#include "shellerror.h"
-#include "text.h"
 
 #include <QJsonObject>
 #include <QLocalServer>
@@ -21,30 +18,11 @@ namespace {
 // this unread is not following the protocol.
 constexpr qsizetype maxPendingBytes = 4 * ControlSocket::maxLineBytes;
 
-bool isBlank(const QString &line)
-{
-    for (const QChar c : line) {
-        if (c != QLatin1Char(' ') && c != QLatin1Char('\t'))
-            return false;
-    }
-    return true;
-}
-
 // A client that hung up before its reply gets none (writing to it would only warn).
 void send(QLocalSocket *socket, const QByteArray &message)
 {
     if (socket && socket->state() == QLocalSocket::ConnectedState)
         socket->write(message);
-}
-
-bool isExit(const QString &line)
-{
-    try {
-        const std::optional<ShellCommand> command = Shell::parse(line);
-        return command && std::holds_alternative<ShellCommand::Exit>(command->value);
-    } catch (const ShellError &) {
-        return false; // the prompt reports it
-    }
 }
 
 } // namespace
@@ -196,17 +174,9 @@ void ControlServer::refuse(Connection *connection, const QString &reason)
 
 ControlServer::Reply ControlServer::runOnModel(AppModel &model, const QString &line)
 {
-    if (isBlank(line))
-        return {};
-    if (isExit(line))
-        return {{}, false, false, true};
-    const QString typing = model.promptText();
-    const qsizetype caret = model.promptCaret();
-    model.setPrompt(line, Text::graphemeCount(line));
-    model.promptRun();
-    Reply reply{model.shellOutput(), model.shellOutputIsError(), model.shellOutputIsError(), false};
-    model.setPrompt(typing, caret);
-    return reply;
+    // `exit` ends the caller's session; the window stays.
+    const ShellSession::Result result = model.shell().run(line);
+    return {result.lines, result.failed, result.failed, result.exit};
 }
 
 } // namespace tock

@@ -52,10 +52,9 @@ public:
     void setMaxClients(int count) { maxClients_ = count; }
     int clientCount() const { return clients_; }
 
-    // Runs `line` exactly as typed at the model's prompt and Return pressed (history, undo and
-    // output are the window's), and leaves whatever the user was typing there in place. `exit`
-    // is not run: it ends the caller's session and must not close the window. A blank line
-    // does nothing and prints nothing. Install with
+    // Runs `line` through the model's shell session (ShellSession::run: history, undo and
+    // output are the window's; whatever the user was typing stays). `exit` is only reported:
+    // it ends the caller's session and must not close the window. Install with
     //     server.setOnRun([&model](const QString &l) { return ControlServer::runOnModel(model, l); });
     static Reply runOnModel(AppModel &model, const QString &line);
 

@@ -150,7 +150,7 @@ private:
 
     void drawLine()
     {
-        write(LineEditor::render(promptSign, model_.promptText(), model_.promptCaret(), terminalColumns(STDOUT_FILENO)));
+        write(LineEditor::render(promptSign, model_.shell().promptText(), model_.shell().promptCaret(), terminalColumns(STDOUT_FILENO)));
     }
 
     void redrawListing()
@@ -182,42 +182,42 @@ private:
     void apply(const KeyEvent &key)
     {
         using Key = KeyEvent::Key;
-        const qsizetype length = Text::graphemeCount(model_.promptText());
+        const qsizetype length = Text::graphemeCount(model_.shell().promptText());
         switch (key.key) {
         case Key::text:
-            model_.promptInsert(key.text);
+            model_.shell().promptInsert(key.text);
             break;
         case Key::enter:
             run();
             break;
         case Key::tab:
-            model_.promptComplete();
+            model_.shell().promptComplete();
             break;
         case Key::backspace:
-            model_.promptBackspace();
+            model_.shell().promptBackspace();
             break;
         case Key::forwardDelete:
-            model_.promptForwardDelete();
+            model_.shell().promptForwardDelete();
             break;
         case Key::left:
-            model_.promptMove(-1);
+            model_.shell().promptMove(-1);
             break;
         case Key::right:
-            model_.promptMove(1);
+            model_.shell().promptMove(1);
             break;
         case Key::up:
         case Key::down:
-            model_.promptHistory(key.key == Key::up);
+            model_.shell().promptHistory(key.key == Key::up);
             break;
         case Key::home:
-            model_.promptMove(-model_.promptCaret());
+            model_.shell().promptMove(-model_.shell().promptCaret());
             break;
         case Key::end:
-            model_.promptMove(length - model_.promptCaret());
+            model_.shell().promptMove(length - model_.shell().promptCaret());
             break;
         case Key::clearLine:
         case Key::interrupt:
-            model_.setPrompt({}, 0);
+            model_.shell().setPrompt({}, 0);
             break;
         case Key::clearScreen:
             write("\x1b[H\x1b[2J");
@@ -227,7 +227,7 @@ private:
             if (length == 0)
                 end();
             else
-                model_.promptForwardDelete();
+                model_.shell().promptForwardDelete();
             break;
         }
     }
@@ -235,9 +235,11 @@ private:
     void run()
     {
         // The typed line stays on screen as typed; what it printed follows, then a fresh listing.
-        write(LineEditor::render(promptSign, model_.promptText(), length(), 0) + '\n');
+        const QString line = model_.shell().promptText();
+        write(LineEditor::render(promptSign, line, length(), 0) + '\n');
         listingLines_ = 0;
-        session_.run(model_.promptText());
+        model_.shell().setPrompt({}, 0);
+        session_.run(line);
         if (session_.exitRequested()) {
             ended_ = true;
             loop_.quit();
@@ -246,7 +248,7 @@ private:
         drawAll();
     }
 
-    qsizetype length() const { return Text::graphemeCount(model_.promptText()); }
+    qsizetype length() const { return Text::graphemeCount(model_.shell().promptText()); }
 
     void end()
     {

@@ -114,7 +114,7 @@ AppSession::Start AppSession::start()
     store_->setBackupPacing(pacing_);
     // Holding the lock, no other copy can be writing these any more.
     store_->removeStaleTemporaryFiles();
-    const Store::LoadResult result = store_->load();
+    const Store::LoadResult result = store_->load(services_.clock->now());
     StartingValues values = StartingValues::from(result, store_->awaitingArchive());
     startingNotice_ = values.notice;
     undo_ = std::make_unique<UndoManager>();

@@ -34,23 +34,20 @@ void TerminalSession::print(QTextStream &stream, const QString &text)
 
 bool TerminalSession::run(const QString &line)
 {
-    // Each line starts with an empty output, so a command that prints nothing (clear, exit, a
-    // blank line) does not repeat the previous one.
-    model_.clearShellOutput();
-    model_.setPrompt(line, Text::graphemeCount(line));
     const Board board = model_.board();
     const StyleID style = model_.style();
-    model_.promptRun();
+    const ShellSession::Result result = model_.shell().run(line);
     if (!(model_.board() == board) || model_.style() != style)
         changed_ = true;
-    const bool failed = model_.shellOutputIsError();
+    if (result.exit)
+        exitRequested_ = true;
     QString text;
-    for (const QString &output : model_.shellOutput())
+    for (const QString &output : result.lines)
         text += output + QLatin1Char('\n');
-    print(failed ? err_ : out_, text);
-    if (failed)
+    print(result.failed ? err_ : out_, text);
+    if (result.failed)
         succeeded_ = false;
-    return !failed;
+    return !result.failed;
 }
 
 void TerminalSession::printTimers(Instant now)
@@ -247,7 +244,6 @@ int runTerminal(const QStringList &lines, const QString &directory, const Servic
     const bool interactive = lines.isEmpty() && isatty(STDIN_FILENO);
     TerminalSession session(model, out, err,
                             interactive ? TerminalSession::Echo::withTimers : TerminalSession::Echo::outputOnly);
-    QObject::connect(&model, &AppModel::exitRequested, &model, [&session] { session.requestExit(); });
     QObject::connect(&model, &AppModel::beepRequested, &model, [&err] {
         err << '\a';
         err.flush();

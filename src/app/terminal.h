@@ -1,6 +1,6 @@
 // Tock in a terminal (`tock --shell [LINE...]`): the same model, store, lock and command
-// language as the window, driven line by line. Every line goes through the prompt exactly as if
-// typed and Return pressed, so history, undo and output are the window's. Output lines go to
+// language as the window, driven line by line. Every line runs through the shell session exactly
+// as if typed and Return pressed, so history, undo and output are the window's. Output lines go to
 // standard output, error lines to standard error.
 #pragma once
 
@@ -24,7 +24,7 @@ public:
 
     TerminalSession(AppModel &model, QTextStream &out, QTextStream &err, Echo echo = Echo::outputOnly);
 
-    // Types `line` into the prompt and runs it; prints its output. False when it failed.
+    // Runs `line` as typed at the prompt; prints its output. False when it failed.
     bool run(const QString &line);
     // The timers as the window lists them: position, name, time, running or paused.
     void printTimers(Instant now);
@@ -40,11 +40,8 @@ public:
     // running and saving.
     void print(QTextStream &stream, const QString &text);
 
-    // A command changed the timers or the style (what a save would write).
-    bool changedSomething() const { return changed_; }
-    // `exit` was run (the terminal answers the model's exitRequested with requestExit).
+    // `exit` was run.
     bool exitRequested() const { return exitRequested_; }
-    void requestExit() { exitRequested_ = true; }
     // No line failed and no save failed so far.
     bool succeeded() const { return succeeded_; }
     void markFailed() { succeeded_ = false; }

@@ -72,11 +72,6 @@ bool UndoManager::isUndoing() const
     return mode_ == Mode::undoing;
 }
 
-bool UndoManager::isRedoing() const
-{
-    return mode_ == Mode::redoing;
-}
-
 void UndoManager::undo()
 {
     replay(undoStack_, Mode::undoing);

@@ -32,7 +32,6 @@ public:
     bool canUndo() const;
     bool canRedo() const;
     bool isUndoing() const;
-    bool isRedoing() const;
     void undo();
     void redo();
     void removeAllActions();

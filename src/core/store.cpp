@@ -2,10 +2,12 @@
 
 #include "require.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <cmath>
 #include <unistd.h>
 
 namespace tock {
@@ -38,12 +40,10 @@ StoreError couldNot(const char *verb, const QString &path, const FileSystemError
 
 } // namespace
 
-Store::Store(QString directory, int backupCount, double minimumBackupInterval,
-             std::shared_ptr<FileSystem> fm, std::function<QDateTime()> wallClock)
+Store::Store(QString directory, int backupCount, double minimumBackupInterval, std::shared_ptr<FileSystem> fm)
     : directory_(std::move(directory)), backupCount_(backupCount),
       minimumBackupInterval_(minimumBackupInterval),
-      fm_(fm ? std::move(fm) : FileSystem::real()),
-      wallClock_(wallClock ? std::move(wallClock) : [] { return QDateTime::currentDateTime(); })
+      fm_(fm ? std::move(fm) : FileSystem::real())
 {
     TOCK_REQUIRE(backupCount_ >= 1, "a store keeps at least one backup");
 }
@@ -74,12 +74,12 @@ QString Store::backupPath(int n) const
     return backupsPath() + QStringLiteral("/timers-%1.json").arg(n);
 }
 
-QString Store::stamp() const
+QString Store::stamp(Instant now)
 {
-    return wallClock_().toString(QStringLiteral("yyyy-MM-dd'T'HH-mm-ss-zzz"));
+    return QDateTime::fromMSecsSinceEpoch(std::llround(now * 1000)).toString(QStringLiteral("yyyy-MM-dd'T'HH-mm-ss-zzz"));
 }
 
-Store::LoadResult Store::load()
+Store::LoadResult Store::load(Instant now)
 {
     mainBytes_.reset();
     lastWritten_.reset();
@@ -126,16 +126,16 @@ Store::LoadResult Store::load()
         }
         pendingDamaged_ = failed;
         pendingRecovered_ = snapshot;
-        const std::optional<QStringList> copies = finishRecovery();
+        const std::optional<QStringList> copies = finishRecovery(now);
         return {LoadResult::Recovered{std::move(snapshot), fileName(path), copies.value_or(QStringList())}};
     }
     isBlocked_ = true;
     return {LoadResult::Unreadable{existing, reasons}};
 }
 
-std::optional<QStringList> Store::finishRecovery()
+std::optional<QStringList> Store::finishRecovery(Instant now)
 {
-    std::optional<QStringList> names = preserveDamaged(pendingDamaged_);
+    std::optional<QStringList> names = preserveDamaged(pendingDamaged_, now);
     if (!names) {
         // The damaged main file has not been copied yet: it must not be overwritten.
         isBlocked_ = true;
@@ -154,7 +154,7 @@ std::optional<QStringList> Store::finishRecovery()
     return names;
 }
 
-std::optional<QStringList> Store::preserveDamaged(const QStringList &paths)
+std::optional<QStringList> Store::preserveDamaged(const QStringList &paths, Instant now)
 {
     if (paths.isEmpty())
         return QStringList();
@@ -163,7 +163,7 @@ std::optional<QStringList> Store::preserveDamaged(const QStringList &paths)
     } catch (const FileSystemError &) {
         return std::nullopt;
     }
-    const QString prefix = stamp();
+    const QString prefix = stamp(now);
     QStringList copies;
     for (const QString &path : paths) {
         // A pipe or device holds nothing to keep, and replacing it loses nothing.
@@ -182,16 +182,16 @@ std::optional<QStringList> Store::preserveDamaged(const QStringList &paths)
     return copies;
 }
 
-bool Store::retryPreservation()
+bool Store::retryPreservation(Instant now)
 {
     if (!pendingDamaged_.isEmpty())
-        return finishRecovery().has_value();
+        return finishRecovery(now).has_value();
     return !isBlocked_;
 }
 
-QString Store::setAsideUnreadableAndStartFresh()
+QString Store::setAsideUnreadableAndStartFresh(Instant now)
 {
-    const QString folder = directory_ + QStringLiteral("/Unreadable-") + stamp();
+    const QString folder = directory_ + QStringLiteral("/Unreadable-") + stamp(now);
     mainBytes_.reset();
     lastWritten_.reset();
     try {

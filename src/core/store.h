@@ -13,11 +13,9 @@
 #include "storeerror.h"
 #include "timer.h"
 
-#include <QDateTime>
 #include <QString>
 #include <QStringList>
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <variant>
@@ -65,10 +63,8 @@ public:
     // out the state they began from.
     enum class BackupPacing { perRun, byNewestBackup };
 
-    // Touches no file. `backupCount` must be at least 1. `fm` defaults to the real file system;
-    // `wallClock` (the local date-time used in stamps) to the system clock.
-    Store(QString directory, int backupCount, double minimumBackupInterval,
-          std::shared_ptr<FileSystem> fm = {}, std::function<QDateTime()> wallClock = {});
+    // Touches no file. `backupCount` must be at least 1. `fm` defaults to the real file system.
+    Store(QString directory, int backupCount, double minimumBackupInterval, std::shared_ptr<FileSystem> fm = {});
 
     // TOCK_DATA_DIR when set and not empty (used verbatim); else the per-user data folder with
     // "Tock" appended: ~/Library/Application Support on macOS, $XDG_DATA_HOME (default
@@ -94,14 +90,15 @@ public:
 
     // Tries timers.json, then each backup from the newest; every problem becomes a result.
     // On a recovery, the files that failed are copied to Damaged/ and the recovered snapshot
-    // becomes the new timers.json; if the copies fail, saving stays paused instead.
-    LoadResult load();
+    // becomes the new timers.json; if the copies fail, saving stays paused instead. `now`
+    // stamps the copies' names.
+    LoadResult load(Instant now);
     // The "Retry" after a recovery whose copies failed: true when saving works again.
-    bool retryPreservation();
+    bool retryPreservation(Instant now);
     // The user's choice after an unreadable load: moves timers.json and Backups/ into a new
-    // Unreadable-<stamp>/ folder and starts an empty folder. Returns that folder's path;
+    // Unreadable-<stamp of now>/ folder and starts an empty folder. Returns that folder's path;
     // stops at the first failure (what was moved stays moved).
-    QString setAsideUnreadableAndStartFresh();
+    QString setAsideUnreadableAndStartFresh(Instant now);
     // Removes the temporary files a killed copy may have left (.timers.json.<pid>.tmp and
     // Backups/.backup.tmp, nothing else). Only while holding the instance lock: then no other
     // copy can be writing them. Failures are ignored.
@@ -126,16 +123,16 @@ public:
     // timers-1.json. Does nothing when timers.json cannot be read or is not valid, so a bad
     // main file never enters the backups, and nothing while saving is paused.
     void rotateBackups();
-    // The local date-time as "yyyy-MM-ddTHH-mm-ss-SSS", safe in file names.
-    QString stamp() const;
+    // `now` in local time as "yyyy-MM-ddTHH-mm-ss-SSS", safe in file names.
+    static QString stamp(Instant now);
 
     // Copies the pending damaged files, then writes the pending recovered snapshot. Returns the
     // copies' paths, or nothing (saving paused, everything kept for a retry) if copying failed.
-    std::optional<QStringList> finishRecovery();
+    std::optional<QStringList> finishRecovery(Instant now);
     // Copies each file to Damaged/<one stamp>-<name>, leaving the original; an existing copy
     // is kept and counted, a pipe or device skipped (it holds nothing). Nothing when Damaged/
     // cannot be made or a copy fails.
-    std::optional<QStringList> preserveDamaged(const QStringList &paths);
+    std::optional<QStringList> preserveDamaged(const QStringList &paths, Instant now);
 
 private:
     // Writes a flushed temporary file; removes it and throws StoreError on failure.
@@ -159,7 +156,6 @@ private:
     std::optional<Instant> lastBackup_;
     BackupPacing backupPacing_ = BackupPacing::perRun;
     std::shared_ptr<FileSystem> fm_;
-    std::function<QDateTime()> wallClock_;
     QStringList pendingDamaged_;
     std::optional<Snapshot> pendingRecovered_;
     // What timers.json holds, as this store last wrote or loaded it: the rotation copies these

@@ -1,4 +1,5 @@
-// The two ways reading or writing the data folder fails in words the user can be shown.
+// The three kinds of failure of the data folder (content that is not ours, a refusing file system,
+// saving paused), in words the user can be shown.
 #pragma once
 
 #include <QString>

@@ -140,7 +140,7 @@ qreal PromptView::lineHeight() const
 
 qreal PromptView::preferredHeight() const
 {
-    return lineHeight() * (1 + model()->shellOutput().size());
+    return lineHeight() * (1 + model()->shell().shellOutput().size());
 }
 
 void PromptView::paintEvent(QPaintEvent *)
@@ -153,8 +153,8 @@ void PromptView::paintEvent(QPaintEvent *)
     const qreal line = lineHeight();
     const QFont font = t.nameFont;
     qreal y = area.top();
-    const QColor outputInk = m->shellOutputIsError() ? t.danger : t.muted;
-    for (const QString &output : m->shellOutput()) {
+    const QColor outputInk = m->shell().shellOutputIsError() ? t.danger : t.muted;
+    for (const QString &output : m->shell().shellOutput()) {
         Draw::text(painter, QRectF(area.left(), y, area.width(), line), Qt::AlignVCenter | Qt::AlignLeft, output, font,
                    outputInk);
         y += line;
@@ -164,8 +164,8 @@ void PromptView::paintEvent(QPaintEvent *)
     const qreal signWidth = Draw::textWidth(font, sign);
     Draw::text(painter, promptLine, Qt::AlignVCenter | Qt::AlignLeft, sign, font, t.accent);
     const QRectF textRect = promptLine.adjusted(signWidth, 0, 0, 0);
-    const QString &text = m->promptText();
-    const qsizetype caretIndex = indexOfCaret(text, m->promptCaret());
+    const QString &text = m->shell().promptText();
+    const qsizetype caretIndex = indexOfCaret(text, m->shell().promptCaret());
     const qreal caretX = textRect.left() + Draw::textWidth(font, text.left(caretIndex));
     if (text.isEmpty()) {
         const qreal cell = Draw::textWidth(font, QStringLiteral("m"));

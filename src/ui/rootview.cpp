@@ -91,10 +91,11 @@ RootView::RootView(AppModel *model, QWidget *parent, WindowActions actions)
             relayout();
         }
     };
-    connect(model, &AppModel::promptTextChanged, this, promptChanged);
-    connect(model, &AppModel::promptCaretChanged, this, promptChanged);
-    connect(model, &AppModel::shellOutputChanged, this, promptChanged);
-    connect(model, &AppModel::shellOutputIsErrorChanged, this, promptChanged);
+    const ShellSession *shell = &model->shell();
+    connect(shell, &ShellSession::promptTextChanged, this, promptChanged);
+    connect(shell, &ShellSession::promptCaretChanged, this, promptChanged);
+    connect(shell, &ShellSession::shellOutputChanged, this, promptChanged);
+    connect(shell, &ShellSession::shellOutputIsErrorChanged, this, promptChanged);
 
     menuChanged();
     noticeChanged();

@@ -96,7 +96,7 @@ PromptKey promptKeyFor(const AppModel &model, const QKeyEvent &event)
     if (c.command)
         return !c.option && event.key() == Qt::Key_V ? PromptKey::paste : PromptKey::none;
 
-    const bool typed = !model.promptText().isEmpty();
+    const bool typed = !model.shell().promptText().isEmpty();
     switch (event.key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
@@ -111,7 +111,7 @@ PromptKey promptKeyFor(const AppModel &model, const QKeyEvent &event)
     case Qt::Key_Escape:
         if (typed)
             return PromptKey::clearLine;
-        return model.shellOutput().isEmpty() ? PromptKey::none : PromptKey::clearOutput;
+        return model.shell().shellOutput().isEmpty() ? PromptKey::none : PromptKey::clearOutput;
     case Qt::Key_Home:
         return PromptKey::caretHome;
     case Qt::Key_End:
@@ -135,47 +135,47 @@ bool handleShellKey(AppModel &model, const QKeyEvent &event, const ClipboardText
     case PromptKey::none:
         return false;
     case PromptKey::clearLine:
-        model.setPrompt(QString(), 0);
+        model.shell().setPrompt(QString(), 0);
         break;
     case PromptKey::clearOutput:
-        model.clearShellOutput();
+        model.shell().clearShellOutput();
         break;
     case PromptKey::caretHome:
-        model.setPrompt(model.promptText(), 0);
+        model.shell().setPrompt(model.shell().promptText(), 0);
         break;
     case PromptKey::caretEnd:
-        model.setPrompt(model.promptText(), Text::graphemeCount(model.promptText()));
+        model.shell().setPrompt(model.shell().promptText(), Text::graphemeCount(model.shell().promptText()));
         break;
     case PromptKey::paste:
         if (const QString text = clipboard ? clipboard() : QString(); !text.isEmpty())
-            model.promptInsert(text);
+            model.shell().promptInsert(text);
         break;
     case PromptKey::run:
-        model.promptRun();
+        model.shell().promptRun();
         break;
     case PromptKey::complete:
-        model.promptComplete();
+        model.shell().promptComplete();
         break;
     case PromptKey::backspace:
-        model.promptBackspace();
+        model.shell().promptBackspace();
         break;
     case PromptKey::forwardDelete:
-        model.promptForwardDelete();
+        model.shell().promptForwardDelete();
         break;
     case PromptKey::left:
-        model.promptMove(-1);
+        model.shell().promptMove(-1);
         break;
     case PromptKey::right:
-        model.promptMove(1);
+        model.shell().promptMove(1);
         break;
     case PromptKey::historyUp:
-        model.promptHistory(true);
+        model.shell().promptHistory(true);
         break;
     case PromptKey::historyDown:
-        model.promptHistory(false);
+        model.shell().promptHistory(false);
         break;
     case PromptKey::insert:
-        model.promptInsert(event.text());
+        model.shell().promptInsert(event.text());
         break;
     }
     return true;

@@ -106,8 +106,6 @@ public:
     ThemedButton *resetButton() const { return reset_; }
     DeleteReveal *deleteReveal() const { return reveal_; }
     NameField *nameField() const { return name_; }
-    // The time mask, present while this row's time is being edited.
-    EditMask *editMask() const { return mask_; }
     QWidget *face() const { return face_; }
 
 protected:

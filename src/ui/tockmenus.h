@@ -41,8 +41,6 @@ public:
     const QList<QMenu *> &menus() const { return menus_; }
     // All menus as submenus of one menu, for a right-click.
     QMenu *contextMenu() const { return context_; }
-    // The global menu bar on macOS; null elsewhere.
-    QMenuBar *menuBar() const { return bar_; }
 
     QAction *undoAction() const { return undo_; }
     QAction *redoAction() const { return redo_; }

@@ -44,7 +44,7 @@ int runWindow(const QString &directory)
         return 3;
     }
     AppModel &model = *session.model();
-    QObject::connect(&model, &AppModel::exitRequested, qApp, [] { QApplication::quit(); });
+    QObject::connect(&model.shell(), &ShellSession::exitRequested, qApp, [] { QApplication::quit(); });
     QObject::connect(&model, &AppModel::beepRequested, qApp, [] { QApplication::beep(); });
     const QString folder = session.store()->directory();
     TockWindow window(&model, [folder] { Dialogs::showDataFolder(folder); });

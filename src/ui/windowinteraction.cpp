@@ -52,7 +52,7 @@ WindowInteraction::WindowInteraction(AppModel *model, TockWindow *window, QStrin
         if (QLineEdit *field = focusedField(window_))
             field->paste();
         else if (!keys_->isTyping() && keys_->promptHasKeys())
-            model_->promptInsert(systemClipboardText());
+            model_->shell().promptInsert(systemClipboardText());
     };
     actions.selectAll = [this] {
         if (QLineEdit *field = focusedField(window_))

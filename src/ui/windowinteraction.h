@@ -22,8 +22,6 @@ public:
     WindowInteraction(AppModel *model, TockWindow *window, QString folder);
 
     KeyRouter *keys() const { return keys_; }
-    GestureRouter *gestures() const { return gestures_; }
-    RowDragger *rowDragger() const { return dragger_; }
     TockMenus *menus() const { return menus_; }
     // The width a swiped row is measured against.
     double rowWidth() const;

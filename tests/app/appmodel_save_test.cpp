@@ -179,7 +179,7 @@ private Q_SLOTS:
         writeFile(folder + "/Backups/timers-1.json", Snapshot(ModelFixture::board({"Kept"}), QString("amber"), 1000).encoded());
         writeFile(folder + "/Damaged", "not a folder");
         f.store = std::make_shared<Store>(folder, 5, 600);
-        const Store::LoadResult loaded = f.store->load();
+        const Store::LoadResult loaded = f.store->load(0);
         const auto *recovered = std::get_if<Store::LoadResult::Recovered>(&loaded.value);
         QVERIFY(recovered && f.store->awaitingArchive());
         f.make(recovered->snapshot.board(), StorageNotice::saveFailed(archiveFailedMessage()));
@@ -204,7 +204,7 @@ private Q_SLOTS:
         const QString folder = f.dir.path();
         writeFile(folder + "/timers.json", "[]");
         f.store = std::make_shared<Store>(folder, 5, 600);
-        const Store::LoadResult loaded = f.store->load();
+        const Store::LoadResult loaded = f.store->load(0);
         const auto *unreadable = std::get_if<Store::LoadResult::Unreadable>(&loaded.value);
         QVERIFY(unreadable);
         f.make(Board(), StorageNotice::unreadable(unreadable->reasons));

@@ -91,48 +91,13 @@ private Q_SLOTS:
             before = f.m().board();
         });
         f.shell(line);
-        QVERIFY2(!f.m().shellOutputIsError(), qPrintable(f.m().shellOutput().join(' ')));
+        QVERIFY2(!f.m().shell().shellOutputIsError(), qPrintable(f.m().shell().shellOutput().join(' ')));
         QCOMPARE(seen, expected);
         if (line.startsWith("rm") || line.startsWith("reset 2") || line.startsWith("set")) {
             seen.clear();
             f.shell("undo"); // what comes back is named too
             QCOMPARE(seen.size(), expected.size());
         }
-    }
-
-    // Fewest moves: a timer that only slid along is not reported.
-    void boardChangeBetween_data()
-    {
-        table<QString, QString, QString>({"before", "after", "change"}, {
-            {"ABCD", "ABCD", ""},
-            {"ABCD", "BCDA", "A:0>3"},
-            {"ABCD", "DABC", "D:3>0"},
-            {"ABCD", "BADC", "B:1>0 D:3>2"},
-            {"ABC", "CBA", "C:2>0 B:1>1"}, // B keeps its index but not its order
-            {"ABC", "AXC", "+X@1 -B"},
-            {"ABCD", "DBC", "-A D:3>0"},
-            {"AB", "", "-A -B"},
-        });
-    }
-
-    void boardChangeBetween()
-    {
-        QFETCH(QString, before);
-        QFETCH(QString, after);
-        QHash<QChar, TimerItem> timers;
-        const auto board = [&](const QString &letters) {
-            Board b;
-            for (const QChar c : letters) {
-                if (!timers.contains(c))
-                    timers.insert(c, TimerItem{QUuid::createUuid(), QString(c), 0, {}});
-                b.timers << timers.value(c);
-            }
-            return b;
-        };
-        const Board old = board(before);
-        const Board now = board(after);
-        QTEST(describe(BoardChange::between(old, now), old, now), "change");
-        QCOMPARE(BoardChange::between(old, now).isEmpty(), before == after);
     }
 
     void withoutAStoreNothingTicksSavesOrWritesSettings()

@@ -169,14 +169,14 @@ private Q_SLOTS:
         QFETCH(ControlReply, reply);
         QFETCH(QStringList, names);
         ModelFixture f(WithStore::no);
-        f.m().setPrompt(QStringLiteral("sta"), 2); // someone typing at the window
+        f.m().shell().setPrompt(QStringLiteral("sta"), 2); // someone typing at the window
         QCOMPARE(ControlServer::runOnModel(f.m(), line), reply);
         QCOMPARE(f.names(), names);
-        QCOMPARE(f.m().promptText(), QStringLiteral("sta"));
-        QCOMPARE(f.m().promptCaret(), 2);
+        QCOMPARE(f.m().shell().promptText(), QStringLiteral("sta"));
+        QCOMPARE(f.m().shell().promptCaret(), 2);
         const bool typed = !reply.exit && !line.trimmed().isEmpty();
         QCOMPARE(ModelProbe::history(f.m()).entries(), typed ? QStringList{line} : QStringList{});
-        QCOMPARE(f.m().shellOutput(), reply.lines); // the window shows it too
+        QCOMPARE(f.m().shell().shellOutput(), reply.lines); // the window shows it too
         if (line == QLatin1String("rm 2")) {
             f.undo.undo();
             QCOMPARE(f.names(), (QStringList{"A", "B", "C"}));

@@ -37,24 +37,24 @@ struct Session {
         board.timers.last().accumulated = 3600;
         model = std::make_unique<AppModel>(std::move(store), board, StyleID::amber, std::nullopt, virt.services(), undo);
         QObject::connect(model.get(), &AppModel::beepRequested, [this] { ++beeps; });
-        QObject::connect(model.get(), &AppModel::exitRequested, [this] { ++exits; });
+        QObject::connect(&model->shell(), &ShellSession::exitRequested, [this] { ++exits; });
     }
 
     // The output lines, marked "! " when they report an error.
     QStringList run(const QString &line)
     {
-        model->setPrompt(line, Text::graphemeCount(line));
-        model->promptRun();
-        QStringList output = model->shellOutput();
+        model->shell().setPrompt(line, Text::graphemeCount(line));
+        model->shell().promptRun();
+        QStringList output = model->shell().shellOutput();
         for (QString &text : output)
-            text.prepend(model->shellOutputIsError() ? "! " : "");
+            text.prepend(model->shell().shellOutputIsError() ? "! " : "");
         return output;
     }
     // The prompt line with "|" at the caret.
     QString prompt() const
     {
-        QStringList characters = Text::graphemes(model->promptText());
-        characters.insert(model->promptCaret(), QStringLiteral("|"));
+        QStringList characters = Text::graphemes(model->shell().promptText());
+        characters.insert(model->shell().promptCaret(), QStringLiteral("|"));
         return characters.join(QString());
     }
     // "name time" per timer, a star marking the running ones.
@@ -156,7 +156,7 @@ private Q_SLOTS:
         QCOMPARE(session.run(QStringLiteral(" \t ")), QStringList{QStringLiteral("! no timer named x")});
         QCOMPARE(ModelProbe::history(*session.model).entries(), QStringList({"start all", "rm x"}));
         QCOMPARE(session.run(QStringLiteral("clear")), QStringList());
-        QVERIFY(!session.model->shellOutputIsError());
+        QVERIFY(!session.model->shell().shellOutputIsError());
         session.run(QStringLiteral("quit"));
         QCOMPARE(session.exits, 1);
     }
@@ -188,26 +188,26 @@ private Q_SLOTS:
         AppModel &model = *session.model;
         const QString flag = QStringLiteral("\U0001F1F3\U0001F1F4"); // one character, four UTF-16 units
         const QString accented = QStringLiteral("e\u0301");          // one character, two units
-        model.promptInsert("add " + flag);
-        model.promptMove(-1);
-        model.promptInsert(accented);
+        model.shell().promptInsert("add " + flag);
+        model.shell().promptMove(-1);
+        model.shell().promptInsert(accented);
         QCOMPARE(session.prompt(), "add " + accented + "|" + flag);
-        model.promptForwardDelete();
-        model.promptForwardDelete(); // at the end: nothing
-        model.promptBackspace();
+        model.shell().promptForwardDelete();
+        model.shell().promptForwardDelete(); // at the end: nothing
+        model.shell().promptBackspace();
         QCOMPARE(session.prompt(), "add |");
-        model.promptMove(-100);
-        model.promptBackspace(); // at the start: nothing
-        model.promptInsert(QStringLiteral("a\r\nb\nc")); // a pasted block becomes one line
+        model.shell().promptMove(-100);
+        model.shell().promptBackspace(); // at the start: nothing
+        model.shell().promptInsert(QStringLiteral("a\r\nb\nc")); // a pasted block becomes one line
         QCOMPARE(session.prompt(), "a b c|add ");
-        model.promptMove(100);
+        model.shell().promptMove(100);
         QCOMPARE(session.prompt(), "a b cadd |");
-        model.setPrompt(QStringLiteral("rm dee"), 99);
+        model.shell().setPrompt(QStringLiteral("rm dee"), 99);
         QCOMPARE(session.prompt(), "rm dee|");
-        model.promptComplete();
+        model.shell().promptComplete();
         QCOMPARE(session.prompt(), "rm \"Deep work\" |");
-        model.setPrompt(QStringLiteral("s"), 1);
-        model.promptComplete(); // nothing fits: a beep
+        model.shell().setPrompt(QStringLiteral("s"), 1);
+        model.shell().promptComplete(); // nothing fits: a beep
         QCOMPARE(session.prompt(), "s|");
         QCOMPARE(session.beeps, 1);
     }
@@ -219,8 +219,8 @@ private Q_SLOTS:
         AppModel &model = *session.model;
         session.run(QStringLiteral("  help "));
         session.run(QStringLiteral("frob")); // failed lines are history too
-        model.promptInsert(QStringLiteral("new"));
-        const auto browse = [&](bool up) { model.promptHistory(up); return session.prompt(); };
+        model.shell().promptInsert(QStringLiteral("new"));
+        const auto browse = [&](bool up) { model.shell().promptHistory(up); return session.prompt(); };
         QCOMPARE(browse(true), "frob|");
         QCOMPARE(browse(true), "help|");
         QCOMPARE(browse(true), "help|");
@@ -229,7 +229,7 @@ private Q_SLOTS:
         // Clearing the line (Ctrl-U) ends browsing: up starts again from the newest.
         browse(true);
         browse(true);
-        model.setPrompt(QString(), 0);
+        model.shell().setPrompt(QString(), 0);
         QCOMPARE(browse(true), "frob|");
         QCOMPARE(session.virt.settings->value(QStringLiteral("shellHistory")).value_or(QVariant()).toStringList(),
                  QStringList({"help", "frob"}));

@@ -4,6 +4,7 @@
 // statuses, what ends up on disk). Each run of the binary folds in several checks, as runs are slow.
 #include "snapshot.h"
 #include "startup.h"
+#include "table.h"
 #include "terminal.h"
 #include "virtualservices.h"
 
@@ -323,6 +324,35 @@ private Q_SLOTS:
         QVERIFY(saved(data_).last().startsWith(QStringLiteral("Kept ")) && !saved(data_).last().endsWith('*'));
         QCOMPARE(tock({"--shell"}, "rm kept\nexit\nadd B\n"), QStringList({"deleted “Kept” · undo brings it back", "exit 0"}));
         QCOMPARE(saved(data_), QStringList({"Timer 1 0", "Timer 2 0", "Timer 3 0"}));
+    }
+
+    // The terminal and the self-check map Qt Core alone, as the dynamic loader reports it; the
+    // drawing modes load the window's libraries.
+    void onlyTheDrawingModesLoadTheWindow_data()
+    {
+        table<QStringList, bool>({"arguments", "window"}, {
+            {{"--shell", "version"}, false},
+            {{"--selftest"}, false},
+            {{"--bench", "classic", "1", "0.1"}, true},
+        });
+    }
+
+    void onlyTheDrawingModesLoadTheWindow()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(bool, window);
+        QProcess process;
+        qputenv("LD_DEBUG", "libs"); // read by the child's loader only
+        start(process, arguments);
+        qunsetenv("LD_DEBUG");
+        QVERIFY(process.waitForFinished(60000));
+        QCOMPARE(process.exitCode(), 0);
+        const QByteArray report = process.readAllStandardError();
+        if (!report.contains("calling init:"))
+            QSKIP("this system's dynamic loader does not report what it loads");
+        QVERIFY(report.contains("libQt6Core"));
+        for (const char *library : {"libQt6Gui", "libQt6Widgets", "libQt6Network"})
+            QVERIFY2(report.contains(library) == window, library);
     }
 
     // The self-check and a tool switch touch no data; unreadable data is reported, left alone and

@@ -1,9 +1,12 @@
-// The timer model: the board, its undo entries and the style identifiers.
+// The timer model: the board, its undo entries, the difference of two boards and the style
+// identifiers.
 #include "board.h"
+#include "boardchange.h"
 #include "styleid.h"
 #include "table.h"
 
 #include <QCoreApplication>
+#include <QHash>
 #include <QProcess>
 #include <QTest>
 
@@ -229,6 +232,56 @@ private slots:
                                       "shell: Shell"}));
         for (const QString raw : {"", "Classic", "Neo Classic", "classic "})
             QCOMPARE(StyleIDs::fromRawValue(raw), std::nullopt);
+    }
+
+    // Fewest moves: a timer that only slid along is not reported.
+    void boardChangeBetween_data()
+    {
+        table<QString, QString, QString>({"before", "after", "change"}, {
+            {"ABCD", "ABCD", ""},
+            {"ABCD", "BCDA", "A:0>3"},
+            {"ABCD", "DABC", "D:3>0"},
+            {"ABCD", "BADC", "B:1>0 D:3>2"},
+            {"ABC", "CBA", "C:2>0 B:1>1"}, // B keeps its index but not its order
+            {"ABC", "AXC", "+X@1 -B"},
+            {"ABCD", "DBC", "-A D:3>0"},
+            {"AB", "", "-A -B"},
+            {"AB", "Ab", "~b"}, // a lower-case letter: the same timer renamed
+        });
+    }
+
+    void boardChangeBetween()
+    {
+        QFETCH(QString, before);
+        QFETCH(QString, after);
+        QHash<QChar, QUuid> ids; // one timer per letter, whatever its case
+        const auto board = [&](const QString &letters) {
+            Board b;
+            for (const QChar c : letters) {
+                const QChar key = c.toUpper();
+                if (!ids.contains(key))
+                    ids.insert(key, QUuid::createUuid());
+                b.timers << TimerItem{ids.value(key), QString(c), 0, {}};
+            }
+            return b;
+        };
+        const Board old = board(before);
+        const Board now = board(after);
+        const BoardChange change = BoardChange::between(old, now);
+        const auto name = [&](const QUuid &id) {
+            return (now.timer(id) ? now.timer(id) : old.timer(id))->name;
+        };
+        QStringList words;
+        for (const BoardChange::Inserted &i : change.inserted)
+            words << QStringLiteral("+%1@%2").arg(name(i.id)).arg(i.position);
+        for (const QUuid &id : change.removed)
+            words << QLatin1Char('-') + name(id);
+        for (const BoardChange::Moved &m : change.moved)
+            words << QStringLiteral("%1:%2>%3").arg(name(m.id)).arg(m.from).arg(m.to);
+        for (const QUuid &id : change.changed)
+            words << QLatin1Char('~') + name(id);
+        QTEST(words.join(QLatin1Char(' ')), "change");
+        QCOMPARE(change.isEmpty(), before == after);
     }
 };
 

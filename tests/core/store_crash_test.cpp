@@ -55,7 +55,7 @@ qint64 recognise(const QByteArray &data, qint64 lastRun)
 int saveLoop(const QString &directory, qint64 first)
 {
     Store store(directory, 3, 3);
-    const Store::LoadResult result = store.load();
+    const Store::LoadResult result = store.load(0);
     if (!std::holds_alternative<Store::LoadResult::Loaded>(result.value) && !std::holds_alternative<Store::LoadResult::Fresh>(result.value)) {
         std::cout << "bad load" << std::endl;
         return 3;

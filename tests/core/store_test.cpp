@@ -18,7 +18,8 @@ using Result = Store::LoadResult;
 
 namespace {
 
-const QDateTime clockTime(QDate(2026, 11, 15), QTime(3, 4, 5, 6));
+// The moment stamped into names, and its local-time text.
+const Instant clockTime = double(QDateTime(QDate(2026, 11, 15), QTime(3, 4, 5, 6)).toMSecsSinceEpoch()) / 1000;
 const QString stampText = QStringLiteral("2026-11-15T03-04-05-006");
 const QString pausedMessage = QStringLiteral("Saving is paused because the existing data could not be read.");
 
@@ -38,7 +39,7 @@ const QByteArray formatTwo = QByteArray(implausible).replace("\"format\": 1", "\
 
 struct Fixture {
     explicit Fixture(int backupCount = 3, double interval = 600)
-        : fs(std::make_shared<FaultyFileSystem>()), store(dir.path(), backupCount, interval, fs, [] { return clockTime; })
+        : fs(std::make_shared<FaultyFileSystem>()), store(dir.path(), backupCount, interval, fs)
     {
     }
     QString path(const QString &relative) const { return dir.path() + QLatin1Char('/') + relative; }
@@ -127,7 +128,7 @@ private slots:
         Fixture f;
         f.plant(layout);
         const auto before = f.contents();
-        const Result result = f.store.load();
+        const Result result = f.store.load(clockTime);
         auto expected = before;
         if (from == QLatin1String("-")) {
             QCOMPARE(result, Result{Result::Fresh{}});
@@ -164,7 +165,7 @@ private slots:
         f.plant("EV");
         f.fs->failOn(Op::createDirectories, QStringLiteral("/Damaged"));
         const auto before = f.contents();
-        QCOMPARE(f.store.load(), (Result{Result::Recovered{snap("Backups/timers-1.json"), "timers-1.json", {}}}));
+        QCOMPARE(f.store.load(clockTime), (Result{Result::Recovered{snap("Backups/timers-1.json"), "timers-1.json", {}}}));
         QVERIFY(f.store.isBlocked() && f.store.awaitingArchive());
         // timers.json reads again now, but nothing may touch any file until it has been copied.
         f.fs->faults = {{Op::copy, {}, QStringLiteral("No space left on device")}};
@@ -175,19 +176,19 @@ private slots:
         QCOMPARE(f.fs->calls, calls);
         QCOMPARE(f.contents(), before);
 
-        QVERIFY(!f.store.retryPreservation());
+        QVERIFY(!f.store.retryPreservation(clockTime));
         QVERIFY(f.store.isBlocked() && f.store.awaitingArchive());
         auto expected = before;
         expected.insert(QStringLiteral("Damaged"), "<dir>");
         QCOMPARE(f.contents(), expected);
 
         f.fs->faults.clear();
-        QVERIFY(f.store.retryPreservation());
+        QVERIFY(f.store.retryPreservation(clockTime));
         QVERIFY(!f.store.isBlocked() && !f.store.awaitingArchive());
         expected.insert("Damaged/" + stampText + "-timers.json", before.value("timers.json"));
         expected.insert(QStringLiteral("timers.json"), snap("Backups/timers-1.json").encoded());
         QCOMPARE(f.contents(), expected);
-        QVERIFY(f.store.retryPreservation());  // nothing pending, not blocked
+        QVERIFY(f.store.retryPreservation(clockTime));  // nothing pending, not blocked
     }
 
     void setsUnreadableDataAside()
@@ -195,19 +196,19 @@ private slots:
         Fixture f;
         f.plant("DF-D");
         writeFile(f.path("Damaged/old-timers.json"), "kept");
-        f.store.load();
-        QVERIFY(!f.store.retryPreservation());  // nothing to preserve, and nothing readable
+        f.store.load(clockTime);
+        QVERIFY(!f.store.retryPreservation(clockTime));  // nothing to preserve, and nothing readable
         f.store.write(snap("x"), Store::BlockPolicy::ignore);
         QCOMPARE(readFile(f.path("timers.json")), snap("x").encoded());
         const auto before = f.contents();
         const QString aside = "Unreadable-" + stampText;
         f.fs->failOn(Op::createDirectories, aside, QStringLiteral("Disk quota exceeded"));
-        QCOMPARE(failure([&] { f.store.setAsideUnreadableAndStartFresh(); }), "Could not create " + f.path(aside) + ": Disk quota exceeded");
+        QCOMPARE(failure([&] { f.store.setAsideUnreadableAndStartFresh(clockTime); }), "Could not create " + f.path(aside) + ": Disk quota exceeded");
         QCOMPARE(f.contents(), before);
 
         // Stops at the first failure; what was moved stays moved.
         f.fs->faults = {{Op::move, QStringLiteral("/Backups"), QStringLiteral("Device or resource busy")}};
-        QCOMPARE(failure([&] { f.store.setAsideUnreadableAndStartFresh(); }),
+        QCOMPARE(failure([&] { f.store.setAsideUnreadableAndStartFresh(clockTime); }),
                  "Could not move " + f.path("Backups") + " to " + f.path(aside) + "/Backups: Device or resource busy");
         QVERIFY(f.store.isBlocked());
         auto expected = before;
@@ -216,7 +217,7 @@ private slots:
         QCOMPARE(f.contents(), expected);
 
         f.fs->faults.clear();
-        QCOMPARE(f.store.setAsideUnreadableAndStartFresh(), f.path(aside));
+        QCOMPARE(f.store.setAsideUnreadableAndStartFresh(clockTime), f.path(aside));
         QVERIFY(!f.store.isBlocked());
         expected = {{"Backups", "<dir>"}, {aside, "<dir>"}};
         for (auto it = before.cbegin(); it != before.cend(); ++it)
@@ -298,7 +299,7 @@ private slots:
         const auto counts = [&] {
             return QList<int>{f.fs->fileFlushes, f.fs->folderFlushes, f.fs->renames, f.fs->reads};
         };
-        f.store.load();
+        f.store.load(clockTime);
         f.store.rotateBackupsAtStart(0);
         f.store.save(s, 0);
         if (change.isEmpty()) {
@@ -411,7 +412,7 @@ private slots:
             QCOMPARE(::chmod(QFile::encodeName(target).constData(), 0600), 0);
         if (backup)
             f.plant("-V");
-        const Result result = f.store.load();
+        const Result result = f.store.load(clockTime);
         if (reason.isEmpty()) {
             QVERIFY(!f.store.isBlocked());
         } else if (backup) {
@@ -515,7 +516,7 @@ private slots:
         f.plant("-V");
         for (qsizetype n = 0; n < full.size(); ++n) {
             writeFile(f.path("timers.json"), full.left(n));
-            const Result result = Store(f.dir.path(), 3, 600, f.fs, [] { return clockTime; }).load();
+            const Result result = Store(f.dir.path(), 3, 600, f.fs).load(clockTime);
             if (n == full.size() - 1)  // only the final newline gone
                 QCOMPARE(result, Result{Result::Loaded{snap("timers.json")}});
             else

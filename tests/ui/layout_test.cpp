@@ -166,7 +166,7 @@ private Q_SLOTS:
         QVERIFY(!footer->addButton()->isVisibleTo(b.window.get()));
         const int before = b.window->height();
         b.f.shell(QStringLiteral("nonsense"));
-        QVERIFY(b.f.m().shellOutputIsError());
+        QVERIFY(b.f.m().shell().shellOutputIsError());
         QVERIFY(b.window->height() > before); // the output line makes room for itself
     }
 

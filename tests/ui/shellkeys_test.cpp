@@ -129,7 +129,7 @@ private Q_SLOTS:
         if (output)
             f.shell("help");
         const qsizetype bar = line.indexOf('|');
-        m.setPrompt(line.left(bar) + line.mid(bar + 1), Text::graphemeCount(line.left(bar)));
+        m.shell().setPrompt(line.left(bar) + line.mid(bar + 1), Text::graphemeCount(line.left(bar)));
         const ClipboardText clipboard = [] { return QStringLiteral("x\ny\r"); };
 
         bool took = false;
@@ -138,10 +138,10 @@ private Q_SLOTS:
             const QKeyEvent event(QEvent::KeyPress, p.key, p.mods, p.text);
             took = handleShellKey(m, event, clipboard);
         }
-        const QStringList graphemes = Text::graphemes(m.promptText());
-        const QString shown = graphemes.mid(0, m.promptCaret()).join("") + '|' + graphemes.mid(m.promptCaret()).join("");
+        const QStringList graphemes = Text::graphemes(m.shell().promptText());
+        const QString shown = graphemes.mid(0, m.shell().promptCaret()).join("") + '|' + graphemes.mid(m.shell().promptCaret()).join("");
         QCOMPARE(shown, after);
-        QCOMPARE(!m.shellOutput().isEmpty(), outputAfter);
+        QCOMPARE(!m.shell().shellOutput().isEmpty(), outputAfter);
         QCOMPARE(took, consumed);
     }
 
@@ -209,7 +209,7 @@ private Q_SLOTS:
             QWidget *target = QApplication::focusWidget() ? QApplication::focusWidget() : &window;
             QTest::keyClick(target, Qt::Key(p.key), p.mods);
         }
-        QCOMPARE(m.promptText(), prompt);
+        QCOMPARE(m.shell().promptText(), prompt);
         f.advance(1); // a deletion finishes after its short animation
         QCOMPARE(f.count(), qsizetype(timers));
         QCOMPARE(fired.join(' '), shortcuts);

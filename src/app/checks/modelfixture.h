@@ -22,11 +22,11 @@ struct ModelProbe {
     static void tick(AppModel &m) { m.onTick(); }
     static void save(AppModel &m) { m.save(); }
     static void showToast(AppModel &m, const Toast &toast) { m.showToast(toast); }
-    static QString names(const AppModel &m, const QList<QUuid> &ids) { return m.names(ids); }
+    static QString names(const AppModel &m, const QList<QUuid> &ids) { return m.shell().names(ids); }
     static bool isTicking(const AppModel &m) { return m.tickTask_ != 0; }
     static Instant lastSave(const AppModel &m) { return m.lastSave_; }
     static Instant now(const AppModel &m) { return m.now_; }
-    static const ShellHistory &history(const AppModel &m) { return *m.history_; }
+    static const ShellHistory &history(const AppModel &m) { return m.shell().history(); }
     static std::optional<int64_t> shownValue(const AppModel &m, const QUuid &id)
     {
         const std::optional<TimerItem> timer = m.board_.timer(id);
@@ -72,7 +72,7 @@ struct ModelFixture {
         model.reset();
         model = std::make_unique<AppModel>(store, std::move(b), style, std::move(notice), v.services(), undo);
         QObject::connect(model.get(), &AppModel::beepRequested, [this] { ++beeps; });
-        QObject::connect(model.get(), &AppModel::exitRequested, [this] { ++exits; });
+        QObject::connect(&model->shell(), &ShellSession::exitRequested, [this] { ++exits; });
         QObject::connect(model.get(), &AppModel::startFreshRequested, [this] {
             ++startFreshQuestions;
             if (confirmStartFresh)
@@ -105,9 +105,9 @@ struct ModelFixture {
     // A line typed at the prompt and run; returns its output.
     QStringList shell(const QString &line)
     {
-        model->setPrompt(line, Text::graphemeCount(line));
-        model->promptRun();
-        return model->shellOutput();
+        model->shell().setPrompt(line, Text::graphemeCount(line));
+        model->shell().promptRun();
+        return model->shell().shellOutput();
     }
     // Opens the time edit on a row with an out-of-range minutes field; false if that failed.
     bool openInvalidEdit(qsizetype i)

@@ -284,7 +284,7 @@ QList<Scenario> scenarios()
              expectEqual(rig.shell(QStringLiteral("add B")),
                          QStringList{QStringLiteral("finish or cancel the time you are editing first")},
                          QStringLiteral("output"));
-             expect(rig.model->shellOutputIsError(), QStringLiteral("not shown as an error"));
+             expect(rig.model->shell().shellOutputIsError(), QStringLiteral("not shown as an error"));
              expectEqual(rig.count(), 1, QStringLiteral("timers"));
          }},
         {"without a store nothing ticks, saves or writes settings",

@@ -47,8 +47,6 @@ public:
     // time order (ties in the order scheduled), each with the clock set to its due time.
     // Repeating tasks run as often as they fall due. Tasks scheduled meanwhile take part.
     void advance(double seconds);
-    // Runs what is due now without moving the clock.
-    void runDue() { advance(0); }
 
     // Pending tasks, for assertions.
     qsizetype pendingCount() const { return qsizetype(tasks_.size()); }
