@@ -3,6 +3,7 @@
 #include "appmodel.h"
 #include "shell.h"
 #include "shellerror.h"
+#include "terminal.h"
 #include "text.h"
 
 #include <QJsonObject>
@@ -99,9 +100,13 @@ QString ControlServer::errorString() const
 
 void ControlServer::acceptPending()
 {
-    while (QLocalSocket *socket = server_->nextPendingConnection()) {
+    // Beyond the limit, connections wait in the queue; the stall timeout frees a place soon.
+    while (clients_ < maxClients_) {
+        QLocalSocket *socket = server_->nextPendingConnection();
+        if (!socket)
+            break;
         const std::optional<uid_t> peer = ControlSocket::peerUser(socket->socketDescriptor());
-        if (!peer || !ControlSocket::peerAllowed(*peer, ::geteuid()) || clients_ >= maxClients_) {
+        if (!peer || !ControlSocket::peerAllowed(*peer, ::geteuid())) {
             socket->abort();
             socket->deleteLater();
             continue;
@@ -113,7 +118,10 @@ void ControlServer::acceptPending()
 void ControlServer::adopt(QLocalSocket *socket)
 {
     ++clients_;
-    connect(socket, &QObject::destroyed, this, [this] { --clients_; });
+    connect(socket, &QObject::destroyed, this, [this] {
+        --clients_;
+        QMetaObject::invokeMethod(this, &ControlServer::acceptPending, Qt::QueuedConnection);
+    });
     auto *connection = new Connection(socket);
     connection->stall.setInterval(stallMs_);
     connect(&connection->stall, &QTimer::timeout, socket, [socket] {
@@ -206,6 +214,11 @@ ControlServer::Reply ControlServer::runOnModel(AppModel &model, const QString &l
     model.promptRun();
     Reply reply{model.shellOutput(), model.shellOutputIsError(), model.shellOutputIsError(), false};
     model.setPrompt(typing, caret);
+    // Answered only once the change is on disk, or with why it is not.
+    if (!model.saveNow()) {
+        reply.saved = false;
+        reply.unsaved = unsavedChangeLines(model);
+    }
     return reply;
 }
 

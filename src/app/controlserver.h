@@ -25,7 +25,9 @@ class ControlServer : public QObject {
 public:
     using Reply = ControlReply;
 
-    static constexpr int defaultStallMs = 5000;
+    // Short, so that idle connections cannot crowd out a real client, which waits
+    // ControlClient::answerMs for its first answer.
+    static constexpr int defaultStallMs = 1000;
     static constexpr int defaultMaxClients = 8;
 
     // Does not listen yet. `path` is normally ControlSocket::path(the data folder).
@@ -48,12 +50,13 @@ public:
     // A client is dropped when this long passes without a complete request (also while a
     // refusal waits to be read).
     void setStallTimeout(int milliseconds) { stallMs_ = milliseconds; }
-    // Connections beyond this many are closed at once.
+    // Connections beyond this many wait unread until one of the others ends.
     void setMaxClients(int count) { maxClients_ = count; }
     int clientCount() const { return clients_; }
 
     // Runs `line` exactly as typed at the model's prompt and Return pressed (history, undo and
-    // output are the window's), and leaves whatever the user was typing there in place. `exit`
+    // output are the window's), and leaves whatever the user was typing there in place. Saves
+    // before answering: `saved` says whether every change is on disk. `exit`
     // is not run: it ends the caller's session and must not close the window. A blank line
     // does nothing and prints nothing. Install with
     //     server.setOnRun([&model](const QString &l) { return ControlServer::runOnModel(model, l); });
