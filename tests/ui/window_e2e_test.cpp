@@ -90,7 +90,7 @@ private:
     void keys(const QStringList &names) { xdo(QStringList{"key", "--delay", "40"} + names); }
 
     // `tock --shell` with these lines (and `environment`, else the window's) to its end.
-    ShellRun shell(const QStringList &lines, std::optional<QProcessEnvironment> environment = std::nullopt)
+    ShellRun runShell(const QStringList &lines, std::optional<QProcessEnvironment> environment = std::nullopt)
     {
         QProcess p;
         p.setProcessEnvironment(environment.value_or(env_));
@@ -281,7 +281,7 @@ private Q_SLOTS:
     {
         QFETCH(bool, deleted);
         launch();
-        QCOMPARE(shell({"start 1"}).status, 0);
+        QCOMPARE(runShell({"start 1"}).status, 0);
         QTRY_VERIFY_WITH_TIMEOUT(saved(data_).value(0).startsWith("Timer 1>"), 10000);
         const QString away = home_->path() + "/away";
         QVERIFY(deleted ? QDir(data_).removeRecursively() : QDir().rename(data_, away));
@@ -292,7 +292,7 @@ private Q_SLOTS:
             return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
         };
         const QByteArray before = moved();
-        const ShellRun probe = shell({"add probe"});
+        const ShellRun probe = runShell({"add probe"});
         QCOMPARE(probe.out, QString("added “probe” as 4\n"));
         QCOMPARE(probe.status, 0);
         QTest::qWait(2500);
@@ -319,7 +319,7 @@ private Q_SLOTS:
         launch();
         QTRY_COMPARE_WITH_TIMEOUT(saved(data_).size(), 3, 10000);
         QVERIFY(QFile::remove(data_ + "/timers.json") && QDir().mkdir(data_ + "/timers.json"));
-        const ShellRun run = shell({"add X"});
+        const ShellRun run = runShell({"add X"});
         QCOMPARE(run.out, QString("added “X” as 4\n"));
         QVERIFY2(run.err.startsWith("Changes are not being saved\n"), qPrintable(run.err));
         QCOMPARE(run.status, 1);
@@ -350,10 +350,10 @@ private Q_SLOTS:
             f.close();
             QCOMPARE(::chown(QFile::encodeName(theirs).constData(), 65534, 65534), 0);
         }
-        QCOMPARE(shell({"add X"}, env).status, 0); // timers.json and its backup
+        QCOMPARE(runShell({"add X"}, env).status, 0); // timers.json and its backup
         QVERIFY(QFile::remove(data + "/timers.json"));
         QVERIFY(QFile::link(link == "theirs" ? theirs : link, data + "/timers.json"));
-        const ShellRun run = shell({"add Y"}, env);
+        const ShellRun run = runShell({"add Y"}, env);
         QCOMPARE(run.status, 0);
         QVERIFY(!QFileInfo(data + "/timers.json").isSymLink());
         QCOMPARE(saved(data).mid(3), (QStringList{"X=0", "Y=0"}));
@@ -384,7 +384,7 @@ private Q_SLOTS:
         launch(Folder::same, Runtime::none);
         QByteArray windowErr;
         QTRY_VERIFY_WITH_TIMEOUT((windowErr += tock_.readAllStandardError()).contains("tock: scripting is off: no private folder for the control socket (" + QFile::encodeName(taken)), 10000);
-        const ShellRun run = shell({"add X"});
+        const ShellRun run = runShell({"add X"});
         QVERIFY2(!run.err.contains("already running") && run.err.contains("no private folder") && run.err.contains(taken), qPrintable(run.err));
         QCOMPARE(run.status, 3);
     }
@@ -401,7 +401,7 @@ private Q_SLOTS:
             s.connectToServer(socket);
             QVERIFY(s.waitForConnected(2000));
         }
-        const ShellRun script = shell({"add Y"});
+        const ShellRun script = runShell({"add Y"});
         QCOMPARE(script.out, QString("added “Y” as 4\n"));
         QCOMPARE(script.status, 0);
     }
@@ -416,7 +416,7 @@ private Q_SLOTS:
         env.insert("TOCK_DATA_DIR", data);
         env.insert("XDG_CONFIG_HOME", home.filePath("config"));
         QVERIFY(QDir().mkpath(data + "/Backups/.backup.tmp/in the way")); // the backup cannot be staged
-        const ShellRun run = shell({"add X"}, env);
+        const ShellRun run = runShell({"add X"}, env);
         QVERIFY2(run.err.startsWith("Backups are not being refreshed\nYour timers are saved, but the backups are not being refreshed: "), qPrintable(run.err));
         QCOMPARE(run.status, 0);
         QCOMPARE(saved(data).value(3), QString("X=0"));
@@ -434,7 +434,7 @@ private Q_SLOTS:
             lines << "set 1 +1s";
         for (int i = 0; i < 1001; ++i)
             lines << "undo";
-        const ShellRun run = shell(lines, env);
+        const ShellRun run = runShell(lines, env);
         QCOMPARE(run.err, QString("nothing to undo\n"));
         QCOMPARE(run.status, 1);
         QCOMPARE(saved(home.filePath("data")).value(0), QString("Timer 1=1"));
