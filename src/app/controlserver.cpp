@@ -129,14 +129,18 @@ void ControlServer::adopt(QLocalSocket *socket)
         socket->deleteLater();
     });
     connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
-    connect(socket, &QLocalSocket::readyRead, connection, [this, connection] {
+    const auto read = [this, connection] {
         const QByteArray data = connection->socket->readAll();
         if (connection->closing)
             return;
         connection->pending += data;
         serveNext(connection);
-    });
+    };
+    connect(socket, &QLocalSocket::readyRead, connection, read);
     connection->stall.start();
+    // A connection that waited its turn may have sent its request already.
+    if (socket->bytesAvailable() > 0)
+        QTimer::singleShot(0, connection, read);
 }
 
 void ControlServer::serveNext(Connection *connection)

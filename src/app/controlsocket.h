@@ -40,7 +40,7 @@ struct ControlReply {
     // Every change is on disk (the window saved before answering); else `unsaved` holds the
     // lines the terminal prints to standard error for it, and the terminal's status is 1.
     bool saved = true;
-    QStringList unsaved;
+    QStringList unsaved = {};
     bool operator==(const ControlReply &) const = default;
 };
 

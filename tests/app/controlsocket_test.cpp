@@ -276,8 +276,9 @@ private Q_SLOTS:
         QCOMPARE(clients[2].state(), QLocalSocket::ConnectedState);
         QCOMPARE(clients[2].bytesAvailable(), 0);
         clients[0].abort();
-        QTRY_COMPARE(clients[2].readAll(), ControlSocket::okReply(true));
+        QTRY_VERIFY(clients[2].bytesAvailable() > 0);
         QCOMPARE(server.clientCount(), 2);
+        QCOMPARE(clients[2].readAll(), ControlSocket::okReply(true));
     }
     void idleClientsAreDroppedForARealOne()
     {

@@ -367,6 +367,8 @@ private slots:
         if (mainReplaced)
             expected.insert(QStringLiteral("timers.json"), snap("new").encoded());
         f.fs->failOn(Op(op), where, reason);
+        if (mainReplaced) // only the rotation failed
+            message.prepend("Your timers are saved, but the backups are not being refreshed: ");
         QCOMPARE(failure([&] { f.store.save(snap("new"), 0); }), message.replace('@', f.dir.path()));
         QCOMPARE(f.store.lastBackup(), std::nullopt);
         QCOMPARE(f.contents(), expected);
@@ -618,7 +620,8 @@ private slots:
                                             "this window and nothing is written until you press Retry, which saves "
                                             "them in %1 again.").arg(data);
         QCOMPARE(failure([&] { store.save(snap("later"), 1000); }), gone);
-        QCOMPARE(failure([&] { store.rotateBackups(); }), gone);
+        if (kept.startsWith("Backups"))
+            QCOMPARE(failure([&] { store.rotateBackups(); }), gone);
         QVERIFY(store.folderLost());
         QCOMPARE(folderContents(data), atPath);  // nothing created or written at the path
         if (change != "rm")
