@@ -61,6 +61,8 @@ QString StorageNotice::title() const
         return QStringLiteral("Restored from backup");
     if (std::holds_alternative<Unreadable>(value))
         return QStringLiteral("Saved timers could not be read");
+    if (const auto *failed = std::get_if<SaveFailed>(&value); failed && failed->timersSaved)
+        return QStringLiteral("Backups are not being refreshed");
     return QStringLiteral("Changes are not being saved");
 }
 
@@ -175,10 +177,12 @@ void AppModel::replaceBoard(Board next, Persist persist)
     updateTicking();
     if (!change.isEmpty())
         Q_EMIT boardChanged(change);
-    if (persist == Persist::now)
+    if (persist == Persist::now) {
+        unsaved_ = unsaved_ || (differs && store_);
         save();
-    else if (differs)
+    } else if (differs) {
         markDirty();
+    }
 }
 
 void AppModel::setEditing(std::optional<QUuid> id, std::optional<TimeEditDraft> draft)
@@ -374,6 +378,7 @@ void AppModel::markDirty()
 {
     if (!store_)
         return;
+    unsaved_ = true;
     cancelTask(saveWork_);
     saveWork_ = schedule(saveDebounce, [](AppModel &model) {
         model.saveWork_ = 0;
@@ -398,16 +403,19 @@ void AppModel::save()
         return;
 
     const Instant at = currentTime();
-    std::optional<QString> failure;
+    std::optional<StoreError> failure;
     try {
         store_->save(Snapshot(board_, StyleIDs::rawValue(style_), at), at);
     } catch (const StoreError &error) {
-        failure = error.description();
+        failure = error;
     }
     // Also after a failure, so a failing disk is retried about once a second, not every tick.
     lastSave_ = at;
+    const bool timersSaved = !failure || failure->kind == StoreError::Kind::backupsFailed;
+    if (timersSaved)
+        unsaved_ = false;
     if (failure)
-        setNotice(StorageNotice::saveFailed(*failure));
+        setNotice(StorageNotice::saveFailed(failure->description(), timersSaved));
     else if (notice_ && notice_->isSaveFailed())
         setNotice(std::nullopt);
 }
@@ -703,7 +711,34 @@ void AppModel::confirmStartFresh()
 
 void AppModel::retrySave()
 {
+    if (store_ && store_->folderLost()) {
+        try {
+            store_->retakeFolder();
+        } catch (const StoreError &error) {
+            setNotice(StorageNotice::saveFailed(error.description()));
+            return;
+        }
+    }
     save();
+}
+
+bool AppModel::saveNow()
+{
+    if (!store_)
+        return true;
+    save();
+    return !unsaved_;
+}
+
+std::optional<QString> AppModel::unsavedReason() const
+{
+    if (!unsaved_)
+        return std::nullopt;
+    if (notice_ && notice_->changesUnsaved())
+        return notice_->detail();
+    if (store_ && store_->isBlocked())
+        return StoreError::blocked().description();
+    return QStringLiteral("The latest changes could not be saved.");
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -46,14 +46,24 @@ struct StorageNotice {
     };
     struct SaveFailed {
         QString message;
+        bool timersSaved = false; // only the backups failed: timers.json was written
         bool operator==(const SaveFailed &) const = default;
     };
     std::variant<Recovered, Unreadable, SaveFailed> value;
 
     static StorageNotice recovered(QString from) { return {Recovered{std::move(from)}}; }
     static StorageNotice unreadable(QStringList reasons) { return {Unreadable{std::move(reasons)}}; }
-    static StorageNotice saveFailed(QString message) { return {SaveFailed{std::move(message)}}; }
+    static StorageNotice saveFailed(QString message, bool timersSaved = false)
+    {
+        return {SaveFailed{std::move(message), timersSaved}};
+    }
     bool isSaveFailed() const { return std::holds_alternative<SaveFailed>(value); }
+    // A save failed and the timers on disk are not the ones shown (not only the backups).
+    bool changesUnsaved() const
+    {
+        const auto *failed = std::get_if<SaveFailed>(&value);
+        return failed && !failed->timersSaved;
+    }
 
     QString title() const;  // "Restored from backup", ...
     QString detail() const; // the banner's detail line
@@ -195,8 +205,18 @@ public:
     void startFreshAfterUnreadable();
     // The user confirmed: sets the unreadable data aside and saves.
     void confirmStartFresh();
-    // The save-failed banner's Retry: saves now.
+    // The save-failed banner's Retry: saves now; after the data folder was lost, first takes
+    // its lock again (Store::retakeFolder).
     void retrySave();
+    // Saves now what is not saved yet, and checks that the data folder is still the one locked
+    // (a script's command is answered only after this). True when every change is on disk.
+    bool saveNow();
+    // Some change to the board or the style is not on disk: the last save failed, saving is
+    // paused, or the folder was lost (or a debounced save is still pending).
+    bool hasUnsavedChanges() const { return unsaved_; }
+    // Why changes are not saved, for "Quit without saving?"; nothing when all are saved.
+    std::optional<QString> unsavedReason() const;
+    const Store *store() const { return store_.get(); }
     void undoToast();
 
 Q_SIGNALS:
@@ -298,6 +318,7 @@ private:
     QHash<QUuid, Shown> shown_;
     bool windowVisible_ = true;
     Scheduler::TaskId saveWork_ = 0;
+    bool unsaved_ = false;
     Instant lastSave_ = -1e18; // the distant past
     Scheduler::TaskId toastWork_ = 0;
     Scheduler::TaskId swipeWork_ = 0;

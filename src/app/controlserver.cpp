@@ -1,6 +1,7 @@
 #include "controlserver.h"
 
 #include "appmodel.h"
+#include "terminal.h"
 
 #include <QJsonObject>
 #include <QLocalServer>
@@ -77,9 +78,13 @@ QString ControlServer::errorString() const
 
 void ControlServer::acceptPending()
 {
-    while (QLocalSocket *socket = server_->nextPendingConnection()) {
+    // Beyond the limit, connections wait in the queue; the stall timeout frees a place soon.
+    while (clients_ < maxClients_) {
+        QLocalSocket *socket = server_->nextPendingConnection();
+        if (!socket)
+            break;
         const std::optional<uid_t> peer = ControlSocket::peerUser(socket->socketDescriptor());
-        if (!peer || !ControlSocket::peerAllowed(*peer, ::geteuid()) || clients_ >= maxClients_) {
+        if (!peer || !ControlSocket::peerAllowed(*peer, ::geteuid())) {
             socket->abort();
             socket->deleteLater();
             continue;
@@ -91,7 +96,10 @@ void ControlServer::acceptPending()
 void ControlServer::adopt(QLocalSocket *socket)
 {
     ++clients_;
-    connect(socket, &QObject::destroyed, this, [this] { --clients_; });
+    connect(socket, &QObject::destroyed, this, [this] {
+        --clients_;
+        QMetaObject::invokeMethod(this, &ControlServer::acceptPending, Qt::QueuedConnection);
+    });
     auto *connection = new Connection(socket);
     connection->stall.setInterval(stallMs_);
     connect(&connection->stall, &QTimer::timeout, socket, [socket] {
@@ -99,14 +107,18 @@ void ControlServer::adopt(QLocalSocket *socket)
         socket->deleteLater();
     });
     connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
-    connect(socket, &QLocalSocket::readyRead, connection, [this, connection] {
+    const auto read = [this, connection] {
         const QByteArray data = connection->socket->readAll();
         if (connection->closing)
             return;
         connection->pending += data;
         serveNext(connection);
-    });
+    };
+    connect(socket, &QLocalSocket::readyRead, connection, read);
     connection->stall.start();
+    // A connection that waited its turn may have sent its request already.
+    if (socket->bytesAvailable() > 0)
+        QTimer::singleShot(0, connection, read);
 }
 
 void ControlServer::serveNext(Connection *connection)
@@ -176,7 +188,13 @@ ControlServer::Reply ControlServer::runOnModel(AppModel &model, const QString &l
 {
     // `exit` ends the caller's session; the window stays.
     const ShellSession::Result result = model.shell().run(line);
-    return {result.lines, result.failed, result.failed, result.exit};
+    Reply reply{result.lines, result.failed, result.failed, result.exit};
+    // Answered only once the change is on disk, or with why it is not.
+    if (!result.exit && !model.saveNow()) {
+        reply.saved = false;
+        reply.unsaved = unsavedChangeLines(model);
+    }
+    return reply;
 }
 
 } // namespace tock

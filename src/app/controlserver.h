@@ -25,7 +25,9 @@ class ControlServer : public QObject {
 public:
     using Reply = ControlReply;
 
-    static constexpr int defaultStallMs = 5000;
+    // Short, so that idle connections cannot crowd out a real client, which waits
+    // ControlClient::answerMs for its first answer.
+    static constexpr int defaultStallMs = 1000;
     static constexpr int defaultMaxClients = 8;
 
     // Does not listen yet. `path` is normally ControlSocket::path(the data folder).
@@ -48,13 +50,14 @@ public:
     // A client is dropped when this long passes without a complete request (also while a
     // refusal waits to be read).
     void setStallTimeout(int milliseconds) { stallMs_ = milliseconds; }
-    // Connections beyond this many are closed at once.
+    // Connections beyond this many wait unread until one of the others ends.
     void setMaxClients(int count) { maxClients_ = count; }
     int clientCount() const { return clients_; }
 
     // Runs `line` through the model's shell session (ShellSession::run: history, undo and
-    // output are the window's; whatever the user was typing stays). `exit` is only reported:
-    // it ends the caller's session and must not close the window. Install with
+    // output are the window's; whatever the user was typing stays). Saves before answering:
+    // `saved` says whether every change is on disk. `exit` is only reported: it ends the
+    // caller's session and must not close the window. Install with
     //     server.setOnRun([&model](const QString &l) { return ControlServer::runOnModel(model, l); });
     static Reply runOnModel(AppModel &model, const QString &line);
 

@@ -16,13 +16,22 @@ namespace tock::ControlSocket {
 
 namespace {
 
-// A real folder (not a link to one) of this user that nobody else may enter, list or write.
-bool isPrivateFolder(const QString &folder)
+// Empty for a real folder (not a link to one) of this user that nobody else may enter, list or
+// write; else what is wrong with it.
+QString folderProblem(const QString &folder)
 {
     struct stat status = {};
     if (::lstat(QFile::encodeName(folder).constData(), &status) != 0)
-        return false;
-    return S_ISDIR(status.st_mode) && status.st_uid == ::geteuid() && (status.st_mode & 077) == 0;
+        return QStringLiteral("%1 cannot be made").arg(folder);
+    if (S_ISLNK(status.st_mode))
+        return QStringLiteral("%1 is a symbolic link").arg(folder);
+    if (!S_ISDIR(status.st_mode))
+        return QStringLiteral("%1 is not a folder").arg(folder);
+    if (status.st_uid != ::geteuid())
+        return QStringLiteral("%1 belongs to another user").arg(folder);
+    if ((status.st_mode & 077) != 0)
+        return QStringLiteral("%1 is open to other users").arg(folder);
+    return {};
 }
 
 QString runtimeFolder()
@@ -61,18 +70,25 @@ QByteArray line(const QJsonObject &message)
 
 QString path(const QString &dataDir)
 {
+    return locate(dataDir).path;
+}
+
+Location locate(const QString &dataDir)
+{
     const QByteArray hash = QCryptographicHash::hash(canonicalFolder(dataDir).toUtf8(), QCryptographicHash::Sha256);
     const QString name = QStringLiteral("tock-") + QString::fromLatin1(hash.toHex().left(16)) + QStringLiteral(".sock");
-    const auto inside = [&](const QString &folder) -> QString {
+    const auto inside = [&](const QString &folder) -> Location {
         if (folder.isEmpty())
             return {};
         const QString candidate = QDir::cleanPath(folder) + QLatin1Char('/') + name;
-        if (QFile::encodeName(candidate).size() > maxPathBytes || !isPrivateFolder(folder))
-            return {};
-        return candidate;
+        if (QFile::encodeName(candidate).size() > maxPathBytes)
+            return {{}, QStringLiteral("the path in %1 would be too long").arg(folder)};
+        if (const QString problem = folderProblem(folder); !problem.isEmpty())
+            return {{}, problem};
+        return {candidate, {}};
     };
-    const QString runtime = inside(runtimeFolder());
-    return runtime.isEmpty() ? inside(madeTempFolder()) : runtime;
+    const Location runtime = inside(runtimeFolder());
+    return runtime.path.isEmpty() ? inside(madeTempFolder()) : runtime;
 }
 
 bool peerAllowed(uid_t peer, uid_t self)
@@ -123,7 +139,9 @@ QByteArray runReply(const ControlReply &reply)
     return line({{QStringLiteral("lines"), QJsonArray::fromStringList(reply.lines)},
                  {QStringLiteral("isError"), reply.isError},
                  {QStringLiteral("failed"), reply.failed},
-                 {QStringLiteral("exit"), reply.exit}});
+                 {QStringLiteral("exit"), reply.exit},
+                 {QStringLiteral("saved"), reply.saved},
+                 {QStringLiteral("unsaved"), QJsonArray::fromStringList(reply.unsaved)}});
 }
 
 QByteArray refusal(const QString &reason)
@@ -154,6 +172,9 @@ std::optional<ControlReply> runReplyFrom(const QJsonObject &message)
     reply.isError = message.value(QStringLiteral("isError")).toBool();
     reply.failed = message.value(QStringLiteral("failed")).toBool();
     reply.exit = message.value(QStringLiteral("exit")).toBool();
+    reply.saved = message.value(QStringLiteral("saved")).toBool(true);
+    for (const QJsonValue &value : message.value(QStringLiteral("unsaved")).toArray())
+        reply.unsaved << value.toString();
     return reply;
 }
 

@@ -10,7 +10,9 @@
 //              {"op":"raise"}                   bring the window to the front
 //              {"op":"run","line":"add Lunch"}  run one line as if typed at the prompt
 //   replies    {"ok":true}                      to ping and raise (false: this copy cannot raise)
-//              {"lines":["..."],"isError":false,"failed":false,"exit":false}   to run
+//              {"lines":["..."],"isError":false,"failed":false,"exit":false,"saved":true,"unsaved":[]}
+//                                               to run; "saved" false when a change is not on
+//                                               disk, "unsaved" then says why (error lines)
 //              {"refused":"line too long"}      then the server closes the connection
 //
 // Anything else (not JSON, not an object, an unknown op, a run without a line) makes the server
@@ -35,6 +37,10 @@ struct ControlReply {
     bool isError = false;
     bool failed = false;
     bool exit = false;
+    // Every change is on disk (the window saved before answering); else `unsaved` holds the
+    // lines the terminal prints to standard error for it, and the terminal's status is 1.
+    bool saved = true;
+    QStringList unsaved = {};
     bool operator==(const ControlReply &) const = default;
 };
 
@@ -49,6 +55,13 @@ inline constexpr qsizetype maxPathBytes = 100;
 // folder). Empty when no such folder is found or the path would be too long: then copies
 // cannot talk, and a second copy acts as if none answered.
 QString path(const QString &dataDir);
+// The same, with why no folder could be had ("/tmp/tock-1000 belongs to another user") when
+// `path` is empty.
+struct Location {
+    QString path;
+    QString problem;
+};
+Location locate(const QString &dataDir);
 
 // Whether a connection from user `peer` may talk to a server run by user `self`.
 bool peerAllowed(uid_t peer, uid_t self);

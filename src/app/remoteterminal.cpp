@@ -59,6 +59,7 @@ std::optional<int> runOnRunningCopy(const QStringList &lines, const QString &soc
 
     bool failed = false;
     bool exited = false;
+    QStringList lastUnsaved;
     // False once the window is gone or `exit` ran.
     const auto send = [&](const QStringList &batch) {
         const std::optional<QList<ControlReply>> replies = ControlClient::run(socketPath, batch, answerMs);
@@ -73,7 +74,14 @@ std::optional<int> runOnRunningCopy(const QStringList &lines, const QString &soc
             for (const QString &line : reply.lines)
                 stream << line << '\n';
             stream.flush();
-            failed = failed || reply.failed;
+            failed = failed || reply.failed || !reply.saved;
+            // The window could not save the change: the same words as a terminal run's, once.
+            if (reply.unsaved != lastUnsaved) {
+                for (const QString &line : reply.unsaved)
+                    err << line << '\n';
+                err.flush();
+                lastUnsaved = reply.unsaved;
+            }
             exited = exited || reply.exit;
         }
         return !exited && replies->size() == batch.size();

@@ -112,6 +112,8 @@ AppSession::Start AppSession::start()
     }
     store_ = std::make_shared<Store>(directory_, 5, 600.0);
     store_->setBackupPacing(pacing_);
+    // Nothing is written unless the folder at the path is still the one locked here.
+    store_->setLock(&lock_);
     // Holding the lock, no other copy can be writing these any more.
     store_->removeStaleTemporaryFiles();
     const Store::LoadResult result = store_->load(services_.clock->now());
@@ -150,6 +152,18 @@ QString alreadyRunningText()
 {
     return QStringLiteral(
         "Another copy of Tock is using the timer data. Only one copy can run at a time so nothing gets overwritten.");
+}
+
+QString cannotReachTitle()
+{
+    return QStringLiteral("Tock cannot pass commands to the copy that is running");
+}
+
+QString cannotReachText(const QString &problem)
+{
+    return QStringLiteral("Another copy of Tock is using the timer data, but there is no private folder for the socket "
+                          "it listens on (%1), so scripting is off. Nothing was changed.")
+        .arg(problem.isEmpty() ? QStringLiteral("none was found") : problem);
 }
 
 QString cannotUseFolderTitle()

@@ -123,6 +123,10 @@ private:
 // The two lines shown when another copy holds the data folder.
 QString alreadyRunningTitle();
 QString alreadyRunningText();
+// The two lines shown when another copy holds the data folder but no private folder for the
+// control socket can be had (`problem` says why), so commands cannot be passed to it.
+QString cannotReachTitle();
+QString cannotReachText(const QString &problem);
 // The two lines shown when the lock file in `directory` cannot be opened, for the system's
 // `reason`.
 QString cannotUseFolderTitle();

@@ -86,9 +86,9 @@ QString folderOf(const Store *store)
 } // namespace
 
 // The banner's words point at its buttons; here they say what can be done from a terminal.
-void TerminalSession::printNotice(const StorageNotice &notice)
+QStringList TerminalSession::noticeLines(const StorageNotice &notice, const Store *store)
 {
-    const QString folder = folderOf(store_);
+    const QString folder = folderOf(store);
     QStringList lines{notice.title()};
     if (const auto *unreadable = std::get_if<StorageNotice::Unreadable>(&notice.value)) {
         lines << QStringLiteral("Nothing has been overwritten and saving is paused.") << unreadable->reasons
@@ -99,12 +99,32 @@ void TerminalSession::printNotice(const StorageNotice &notice)
                                     "so nothing is being saved yet (to keep that file).")
                   << QStringLiteral("Check disk space and permissions of %1, then run Tock again (the window offers "
                                     "Retry).").arg(folder);
+        else if (store && store->folderLost())
+            lines << failed->message;
         else
             lines << failed->message << QStringLiteral("Check disk space and permissions of %1.").arg(folder);
     } else {
         lines << notice.detail();
     }
-    print(err_, lines.join(QLatin1Char('\n')) + QLatin1Char('\n'));
+    return lines;
+}
+
+void TerminalSession::printNotice(const StorageNotice &notice)
+{
+    print(err_, noticeLines(notice, store_).join(QLatin1Char('\n')) + QLatin1Char('\n'));
+}
+
+QString TerminalSession::pausedMessage(const Store &store)
+{
+    const QString folder = store.directory();
+    return store.awaitingArchive()
+               ? QStringLiteral("Nothing was saved: Tock keeps the damaged data file until it can be archived. Check "
+                                "disk space and permissions of %1, then run Tock again (the window offers Retry).")
+                     .arg(folder)
+               : QStringLiteral("Nothing was saved: saving is paused so that the unreadable files are not "
+                                "overwritten. Check the files in %1, or set them aside with Start Fresh in the "
+                                "Tock window.")
+                     .arg(folder);
 }
 
 void TerminalSession::reportUnsavedChanges()
@@ -112,16 +132,19 @@ void TerminalSession::reportUnsavedChanges()
     const Store *store = store_;
     if (!changed_ || !store || !store->isBlocked())
         return;
-    const QString folder = store->directory();
-    print(err_, store->awaitingArchive()
-                    ? QStringLiteral("Nothing was saved: Tock keeps the damaged data file until it can be archived. Check "
-                                     "disk space and permissions of %1, then run Tock again (the window offers Retry).\n")
-                          .arg(folder)
-                    : QStringLiteral("Nothing was saved: saving is paused so that the unreadable files are not "
-                                     "overwritten. Check the files in %1, or set them aside with Start Fresh in the "
-                                     "Tock window.\n")
-                          .arg(folder));
+    print(err_, pausedMessage(*store) + QLatin1Char('\n'));
     succeeded_ = false;
+}
+
+QStringList unsavedChangeLines(const AppModel &model)
+{
+    if (!model.hasUnsavedChanges())
+        return {};
+    if (model.notice() && model.notice()->changesUnsaved())
+        return TerminalSession::noticeLines(*model.notice(), model.store());
+    if (model.store() && model.store()->isBlocked())
+        return {TerminalSession::pausedMessage(*model.store())};
+    return {QStringLiteral("Nothing was saved: the change could not be written to %1.").arg(folderOf(model.store()))};
 }
 
 namespace {
@@ -229,9 +252,17 @@ int runTerminal(const QStringList &lines, const QString &directory, const Servic
     case AppSession::Start::started:
         break;
     case AppSession::Start::alreadyRunning:
+    {
         // The copy holding the folder runs the lines itself when it answers.
-        if (const std::optional<int> status = runOnRunningCopy(lines, ControlSocket::path(directory), out, err))
+        const ControlSocket::Location socket = ControlSocket::locate(directory);
+        if (socket.path.isEmpty()) {
+            err << cannotReachTitle() << '\n' << cannotReachText(socket.problem) << '\n';
+            err.flush();
+            return TerminalStatus::alreadyRunning;
+        }
+        if (const std::optional<int> status = runOnRunningCopy(lines, socket.path, out, err))
             return *status;
+    }
         err << alreadyRunningTitle() << '\n' << alreadyRunningText() << '\n';
         err.flush();
         return TerminalStatus::alreadyRunning;
@@ -258,7 +289,7 @@ int runTerminal(const QStringList &lines, const QString &directory, const Servic
     const QMetaObject::Connection notices = QObject::connect(&model, &AppModel::noticeChanged, &model, [&] {
         if (const std::optional<StorageNotice> &notice = model.notice()) {
             session.printNotice(*notice);
-            if (notice->isSaveFailed())
+            if (notice->changesUnsaved())
                 session.markFailed();
         }
     });

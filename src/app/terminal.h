@@ -30,6 +30,10 @@ public:
     void printTimers(Instant now);
     // A storage notice in the terminal's words, on standard error.
     void printNotice(const StorageNotice &notice);
+    // Those words, for the data folder of `store` (none: "the Tock data folder").
+    static QStringList noticeLines(const StorageNotice &notice, const Store *store);
+    // Why nothing was saved while saving is paused (unreadable data, an unarchived damaged file).
+    static QString pausedMessage(const Store &store);
     void printPrompt();
     // The data folder the session saves to, for the notices' words; none without a store.
     void setStore(const Store *store) { store_ = store; }
@@ -56,6 +60,11 @@ private:
     bool succeeded_ = true;
     bool changed_ = false;
 };
+
+// What the terminal prints when a change it made is not on disk (the notice of the failed save,
+// or why saving is paused); empty when every change of `model` is saved. The window sends the
+// same lines back to a `tock --shell` whose command it could not save.
+QStringList unsavedChangeLines(const AppModel &model);
 
 // Exit statuses of the terminal mode.
 namespace TerminalStatus {

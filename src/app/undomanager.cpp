@@ -127,6 +127,9 @@ void UndoManager::push(Step step)
         break;
     }
     lastTarget_->push_back(std::move(step));
+    // Only the most recent steps are kept, so a scripted flood cannot grow memory without bound.
+    if (lastTarget_->size() > maxSteps)
+        lastTarget_->erase(lastTarget_->begin());
 }
 
 void UndoManager::removeAllActions()

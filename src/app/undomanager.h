@@ -17,6 +17,9 @@ namespace tock {
 class UndoManager : public QObject {
     Q_OBJECT
 public:
+    // The most steps each stack keeps; beyond it the oldest is dropped.
+    static constexpr std::size_t maxSteps = 1000;
+
     explicit UndoManager(QObject *parent = nullptr);
 
     // Adds a handler to the open group, or as a step of its own when no group is open.

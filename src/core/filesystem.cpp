@@ -57,7 +57,7 @@ private:
     int fd_;
 };
 
-int openOrFail(const QString &path, int flags, mode_t mode = 0644)
+int openOrFail(const QString &path, int flags, mode_t mode = 0600)
 {
     int fd;
     do {
@@ -96,9 +96,36 @@ void writeAll(int fd, const QByteArray &data)
 }
 
 // A new file that nothing was at before: never a link's target, never an existing file's content.
+// Private to this user.
 int createExclusive(const QString &path)
 {
-    return openOrFail(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0644);
+    return openOrFail(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+}
+
+// Whether a link at the path may be followed: every link on the way and what it leads to (when
+// anything) belong to the user running Tock, so nobody else can steer a read or a write to a
+// file of their choosing. True for anything that is no link.
+bool followable(const QString &path)
+{
+    const uid_t self = ::geteuid();
+    QString current = path;
+    for (int hop = 0; hop < 40; ++hop) {
+        struct stat st;
+        if (::lstat(native(current).constData(), &st) != 0)
+            return hop > 0 || errno == ENOENT; // a link to nothing: nothing to be steered to
+        if (!S_ISLNK(st.st_mode))
+            return hop == 0 || st.st_uid == self;
+        if (st.st_uid != self)
+            return false;
+        QByteArray target(qsizetype(st.st_size > 0 ? st.st_size : PATH_MAX) + 1, '\0');
+        const ssize_t n = ::readlink(native(current).constData(), target.data(), size_t(target.size()));
+        if (n < 0)
+            return false;
+        target.truncate(n);
+        const QString next = QFile::decodeName(target);
+        current = QDir::isAbsolutePath(next) ? next : QFileInfo(current).path() + QLatin1Char('/') + next;
+    }
+    return false;
 }
 
 bool isDirectory(const QString &path)
@@ -129,6 +156,9 @@ public:
 
     Kind kind(const QString &path) override
     {
+        // A link someone else could steer counts as neither a file nor a folder.
+        if (!followable(path))
+            return Kind::special;
         struct stat st;
         if (::stat(native(path).constData(), &st) != 0)
             return Kind::missing;
@@ -147,7 +177,7 @@ public:
         struct stat st;
         if (::stat(native(path).constData(), &st) != 0)
             fail(errno);
-        if (!S_ISREG(st.st_mode))
+        if (!S_ISREG(st.st_mode) || !followable(path))
             fail(notRegular);
         Descriptor fd(openOrFail(path, O_RDONLY | O_NONBLOCK));
         if (::fstat(fd.get(), &st) != 0)
@@ -177,6 +207,8 @@ public:
 
     QString resolveLinks(const QString &path) override
     {
+        if (!followable(path))
+            return path;
         QString current = path;
         for (int hop = 0; hop < 40; ++hop) {
             struct stat st;
@@ -196,15 +228,16 @@ public:
     std::optional<int> permissions(const QString &path) override
     {
         struct stat st;
-        if (::stat(native(path).constData(), &st) != 0)
+        if (!followable(path) || ::stat(native(path).constData(), &st) != 0 || !S_ISREG(st.st_mode)
+            || st.st_uid != ::geteuid())
             return std::nullopt;
-        return int(st.st_mode & 07777);
+        return int(st.st_mode & 0755);
     }
 
     std::optional<Instant> modified(const QString &path) override
     {
         struct stat st;
-        if (::stat(native(path).constData(), &st) != 0)
+        if (!followable(path) || ::stat(native(path).constData(), &st) != 0)
             return std::nullopt;
 #ifdef Q_OS_MACOS
         return Instant(st.st_mtimespec.tv_sec) + st.st_mtimespec.tv_nsec / 1e9;

@@ -27,7 +27,10 @@ inline constexpr qint64 maximumReadSize = 64 * 1024 * 1024;
 
 // All operations throw FileSystemError by value. Paths are absolute. Nothing that creates or
 // writes a file follows a symbolic link: the one link Tock writes through (timers.json) is
-// resolved by the caller with resolveLinks() first.
+// resolved by the caller with resolveLinks() first. "Links followed" below means: only a chain
+// of links that all belong to the user running Tock and that ends at a file of that user (or at
+// nothing); any other link counts as a special file (not a regular file, never read or copied).
+// Files are created private to the user (0600).
 class FileSystem {
 public:
     virtual ~FileSystem() = default;
@@ -52,7 +55,9 @@ public:
     // Where the chain of symbolic links that starts at `path` ends (that need not exist); `path`
     // itself when it is no link.
     virtual QString resolveLinks(const QString &path) = 0;
-    // The permission bits of the file at the path (links followed), or nothing when it is absent.
+    // The permission bits worth keeping when the file at the path (links followed) is replaced:
+    // those of a regular file of this user, less group and world write and the special bits;
+    // nothing for anything else.
     virtual std::optional<int> permissions(const QString &path) = 0;
     // When the file at the path (links followed) was last modified, or nothing when absent.
     virtual std::optional<Instant> modified(const QString &path) = 0;

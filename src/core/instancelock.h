@@ -32,6 +32,13 @@ public:
     // Gives the lock up; does nothing when not held.
     void release();
     bool isHeld() const { return fd_ >= 0; }
+    // Held, and the folder's path still names the folder that was locked, with this lock file
+    // in it: false once the folder was moved, deleted or replaced (or its .lock was), so that
+    // nothing is written into a folder another copy may have locked meanwhile. Two stat calls.
+    bool coversFolder() const;
+    // Takes the lock at the path again after the folder was moved, deleted or replaced (creating
+    // it): on success the old lock is given up, on failure (failure(), reason()) it is kept.
+    bool reacquire();
     QString path() const { return path_; }
     Failure failure() const { return failure_; }
     // The system's text for cannotOpen ("Permission denied"); empty otherwise.
@@ -40,8 +47,13 @@ public:
 private:
     bool refuse(Failure failure, QString reason = {});
 
+    // Opens and locks the lock file; -1 on failure (failure_ and reason_ set).
+    int lockFile(unsigned long long &folderDevice, unsigned long long &folderInode);
+
     int fd_ = -1;
     QString path_;
+    // The locked folder's identity, taken when the lock was.
+    unsigned long long folderDevice_ = 0, folderInode_ = 0;
     Failure failure_ = Failure::none;
     QString reason_;
 };

@@ -22,6 +22,12 @@ QString StoreError::description() const
 {
     if (kind == Kind::blocked)
         return QStringLiteral("Saving is paused because the existing data could not be read.");
+    if (kind == Kind::folderGone)
+        return QStringLiteral("The Tock data folder %1 was moved or deleted. Your timers are kept in this window and "
+                              "nothing is written until you press Retry, which saves them in %1 again.")
+            .arg(message);
+    if (kind == Kind::backupsFailed)
+        return QStringLiteral("Your timers are saved, but the backups are not being refreshed: %1").arg(message);
     return message;
 }
 

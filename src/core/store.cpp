@@ -1,5 +1,6 @@
 #include "store.h"
 
+#include "instancelock.h"
 #include "require.h"
 
 #include <QDateTime>
@@ -159,6 +160,11 @@ std::optional<QStringList> Store::preserveDamaged(const QStringList &paths, Inst
     if (paths.isEmpty())
         return QStringList();
     try {
+        checkFolder();
+    } catch (const StoreError &) {
+        return std::nullopt;
+    }
+    try {
         fm_->createDirectories(damagedPath());
     } catch (const FileSystemError &) {
         return std::nullopt;
@@ -191,6 +197,7 @@ bool Store::retryPreservation(Instant now)
 
 QString Store::setAsideUnreadableAndStartFresh(Instant now)
 {
+    checkFolder();
     const QString folder = directory_ + QStringLiteral("/Unreadable-") + stamp(now);
     mainBytes_.reset();
     lastWritten_.reset();
@@ -218,8 +225,68 @@ QString Store::setAsideUnreadableAndStartFresh(Instant now)
     return folder;
 }
 
+void Store::checkFolder()
+{
+    if (!lock_)
+        return;
+    folderLost_ = !lock_->coversFolder();
+    if (folderLost_)
+        throw StoreError::folderGone(directory_);
+}
+
+void Store::retakeFolder()
+{
+    if (!lock_ || lock_->coversFolder()) {
+        folderLost_ = false;
+        return;
+    }
+    if (!lock_->reacquire()) {
+        if (lock_->failure() == InstanceLock::Failure::heldElsewhere)
+            throw StoreError::io(QStringLiteral("Another copy of Tock is using the data folder %1. Close it, then "
+                                                "press Retry.")
+                                     .arg(directory_));
+        throw StoreError::io(QStringLiteral("Could not use the data folder %1: %2").arg(directory_, lock_->reason()));
+    }
+    folderLost_ = false;
+    mainBytes_.reset();
+    lastWritten_.reset();
+    keepFoundMain_ = true;
+    keepFoundMainFile();
+}
+
+void Store::keepFoundMainFile()
+{
+    if (!keepFoundMain_)
+        return;
+    if (fm_->kind(mainPath()) == FileSystem::Kind::regular) {
+        QByteArray found;
+        bool valid = true;
+        try {
+            found = fm_->read(mainPath());
+            Snapshot::decode(found);
+        } catch (const FileSystemError &) {
+            valid = false;
+        } catch (const StoreError &) {
+            valid = false;
+        }
+        if (valid) {
+            try {
+                rotateFrom(found);
+            } catch (const StoreError &e) {
+                throw StoreError::io(QStringLiteral("Could not keep the timers.json found in %1 as a backup: %2")
+                                         .arg(directory_, e.description()));
+            }
+        } else if (!preserveDamaged({mainPath()})) {
+            throw StoreError::io(QStringLiteral("Could not keep the timers.json found in %1 in the Damaged folder")
+                                     .arg(directory_));
+        }
+    }
+    keepFoundMain_ = false;
+}
+
 void Store::prepareDirectory()
 {
+    checkFolder();
     try {
         fm_->createDirectories(directory_);
         fm_->createDirectories(backupsPath());
@@ -281,6 +348,7 @@ void Store::write(const Snapshot &snapshot, BlockPolicy policy)
     if (isBlocked_ && policy == BlockPolicy::respect)
         throw StoreError::blocked();
     prepareDirectory();
+    keepFoundMainFile();
     QByteArray data;
     try {
         data = snapshot.encoded();
@@ -326,7 +394,11 @@ void Store::save(const Snapshot &snapshot, Instant now)
         return;
     if (backupPacing_ == BackupPacing::byNewestBackup && newestBackupIsRecent(now))
         return;
-    rotateAfterWriting();
+    try {
+        rotateAfterWriting();
+    } catch (const StoreError &e) {
+        throw StoreError::backupsFailed(e.description());
+    }
     lastBackup_ = now;
 }
 
@@ -339,6 +411,8 @@ void Store::rotateBackupsAtStart(Instant now)
 
 void Store::removeStaleTemporaryFiles()
 {
+    if (lock_ && !lock_->coversFolder())
+        return;
     static const QRegularExpression mainTemporary(QStringLiteral("^\\.timers\\.json\\.[0-9]+\\.tmp$"));
     for (const QString &name : fm_->list(directory_))
         if (mainTemporary.match(name).hasMatch())

@@ -22,6 +22,8 @@
 
 namespace tock {
 
+class InstanceLock;
+
 class Store {
 public:
     struct LoadResult {
@@ -83,6 +85,18 @@ public:
     BackupPacing backupPacing() const { return backupPacing_; }
     void setBackupPacing(BackupPacing pacing) { backupPacing_ = pacing; }
 
+    // The lock this store writes under (held by its owner, which outlives the store). With it,
+    // nothing is created, written or renamed in the folder unless the folder's path still names
+    // the folder the lock covers: otherwise those calls throw StoreError::folderGone and
+    // folderLost() is true until the folder is back or retakeFolder() succeeded.
+    void setLock(InstanceLock *lock) { lock_ = lock; }
+    bool folderLost() const { return folderLost_; }
+    // The "Retry" after the folder was lost: takes the lock at the path again (creating the
+    // folder). A timers.json found there is someone else's: it is kept as the newest backup (or
+    // in Damaged/ when it is not valid) before anything is written. Throws StoreError (io) when
+    // another copy holds the lock or the folder cannot be used; what was found is kept then too.
+    void retakeFolder();
+
     QString mainPath() const;
     QString backupsPath() const;
     QString damagedPath() const;
@@ -106,15 +120,18 @@ public:
     // Creates the folder and Backups/; throws io "Could not create <directory>: <reason>".
     void prepareDirectory();
     // Replaces timers.json through a flushed temporary file and a rename. On failure the old
-    // timers.json is untouched and the temporary file removed. A timers.json that is a link is
-    // written through: the file it leads to is replaced (the temporary file beside it), so it
-    // stays a link. The replaced file's permission bits are kept. The folder is flushed too,
+    // timers.json is untouched and the temporary file removed. A timers.json that is a link
+    // whose every link and target this user owns is written through: the file it leads to is
+    // replaced (the temporary file beside it), so it stays a link; any other link is replaced
+    // itself. The replaced file's permission bits are kept when it was a regular file of this
+    // user, less group and world write; otherwise the new file is private (0600). The folder is flushed too,
     // except when the only change since the previous write is the running timers' seconds:
     // then a power cut keeps the previous, whole file and costs at most those seconds.
     void write(const Snapshot &snapshot, BlockPolicy policy = BlockPolicy::respect);
     // write(), then rotateBackups() if none was made by save() in the last
     // minimumBackupInterval seconds (measured from that rotation, not from the last save) and,
     // with byNewestBackup pacing, the newest backup on disk is older than that too.
+    // A failed rotation throws StoreError::backupsFailed: timers.json was written all the same.
     void save(const Snapshot &snapshot, Instant now);
     // The rotation made once at start: always with perRun pacing, only when the newest backup
     // is older than the interval with byNewestBackup. Does not set lastBackup().
@@ -148,6 +165,10 @@ private:
     // Rotates from the bytes this store last wrote or loaded when it has them, else from disk.
     void rotateAfterWriting();
     void discard(const QString &temporary);
+    // Throws folderGone when the lock does not cover the folder at the path.
+    void checkFolder();
+    // Keeps a timers.json found after retakeFolder() before it is replaced.
+    void keepFoundMainFile();
 
     QString directory_;
     int backupCount_;
@@ -164,6 +185,9 @@ private:
     // The last snapshot written with its folder synced or differing from such a one only in
     // running seconds: a save that changes nothing else skips the folder flush.
     std::optional<Snapshot> lastWritten_;
+    InstanceLock *lock_ = nullptr;
+    bool folderLost_ = false;
+    bool keepFoundMain_ = false; // a retaken folder's timers.json still has to be kept
 };
 
 } // namespace tock

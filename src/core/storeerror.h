@@ -8,7 +8,7 @@ namespace tock {
 
 // Every error the store throws (by value). `message` is empty for `blocked`.
 struct StoreError {
-    enum class Kind { invalidContent, io, blocked };
+    enum class Kind { invalidContent, io, blocked, folderGone, backupsFailed };
     Kind kind = Kind::io;
     QString message;
 
@@ -19,6 +19,11 @@ struct StoreError {
     static StoreError io(QString m) { return {Kind::io, std::move(m)}; }
     // Saving is paused so that data that could not be read is not overwritten.
     static StoreError blocked() { return {Kind::blocked, {}}; }
+    // The data folder's path no longer names the folder whose lock this copy holds (moved,
+    // deleted or replaced); `m` is the folder's path. Nothing was written.
+    static StoreError folderGone(QString folder) { return {Kind::folderGone, std::move(folder)}; }
+    // timers.json was written; only the backup rotation failed, for the reason `m`.
+    static StoreError backupsFailed(QString m) { return {Kind::backupsFailed, std::move(m)}; }
 
     // The user-facing text.
     QString description() const;

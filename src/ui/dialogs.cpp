@@ -136,6 +136,35 @@ void answerStartFresh(AppModel *model, QWidget *parent)
     QObject::connect(model, &AppModel::startFreshRequested, parent, [model, parent] { askStartFresh(model, parent); });
 }
 
+QMessageBox *askQuitWithoutSaving(QWidget *parent, const QString &reason, std::function<void()> quit)
+{
+    static QPointer<QMessageBox> open;
+    if (open) {
+        open->raise();
+        open->activateWindow();
+        return open;
+    }
+    auto *box = new QMessageBox(parent);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setObjectName(QStringLiteral("quitWithoutSaving"));
+    box->setIcon(QMessageBox::Warning);
+    box->setWindowTitle(QStringLiteral("Tock"));
+    box->setText(QStringLiteral("Quit without saving?"));
+    box->setInformativeText(reason);
+    QPushButton *yes = box->addButton(QStringLiteral("Quit Without Saving"), QMessageBox::DestructiveRole);
+    QPushButton *no = box->addButton(QStringLiteral("Cancel"), QMessageBox::RejectRole);
+    box->setDefaultButton(no);
+    box->setEscapeButton(no);
+    box->setStyleSheet(readableWidth());
+    QObject::connect(box, &QMessageBox::buttonClicked, box, [yes, quit = std::move(quit)](QAbstractButton *clicked) {
+        if (clicked == yes)
+            quit();
+    });
+    open = box;
+    box->open();
+    return box;
+}
+
 void showStartAlert(const QString &title, const QString &text)
 {
     QMessageBox box;

@@ -7,6 +7,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 class QMessageBox;
 class QWidget;
 
@@ -31,6 +33,11 @@ void showDataFolder(const QString &folder);
 QMessageBox *askStartFresh(AppModel *model, QWidget *parent);
 // Answers every startFreshRequested() of `model` with askStartFresh.
 void answerStartFresh(AppModel *model, QWidget *parent);
+
+// Asks "Quit without saving?" with `reason` (why the changes are not saved); "Quit Without
+// Saving" calls `quit`, Cancel does nothing. Not modal to the application; a question already
+// open is raised instead of asking twice. Returns the question (deleted on close).
+QMessageBox *askQuitWithoutSaving(QWidget *parent, const QString &reason, std::function<void()> quit);
 
 // A blocking alert with one button, for a start that cannot go on (no window exists yet):
 // another copy runs and did not answer, or the data folder cannot be used.

@@ -1,10 +1,13 @@
 #include "tockwindow.h"
 
+#include "dialogs.h"
+
 #include "draw.h"
 #include "rootview.h"
 #include "theme.h"
 
 #include <QCloseEvent>
+#include <QPointer>
 #include <QGuiApplication>
 #include <QPaintEvent>
 #include <QPainter>
@@ -128,8 +131,25 @@ void TockWindow::closeEvent(QCloseEvent *event)
     // Closing stops the clocks: every running timer pauses and the board is saved now.
     model_->commitEdit();
     model_->pauseAll();
+    // Changes that did not reach the disk are lost only on the user's word; Cancel keeps the
+    // window, so Retry can still save them.
+    if (const std::optional<QString> reason = model_->unsavedReason(); reason && !leaving_) {
+        event->ignore();
+        const QPointer<TockWindow> self(this);
+        Dialogs::askQuitWithoutSaving(this, *reason, [self] {
+            if (self)
+                self->closeWithoutAsking();
+        });
+        return;
+    }
     event->accept();
     Q_EMIT closed();
+}
+
+void TockWindow::closeWithoutAsking()
+{
+    leaving_ = true;
+    close();
 }
 
 void TockWindow::changeEvent(QEvent *event)

@@ -35,6 +35,8 @@ public:
     void setAnimated(bool animated);
     // The screen's available height changed or the window moved to another screen.
     void trackScreen();
+    // Closes without asking, also with unsaved changes (an ending signal: the session ends).
+    void closeWithoutAsking();
 
 Q_SIGNALS:
     // The window closed (its timers are paused by then).
@@ -51,6 +53,7 @@ private:
     AppModel *model_;
     RootView *root_;
     Margin margin_ = Margin::shadow;
+    bool leaving_ = false; // close without asking
     Draw::Layer card_;
 };
 

@@ -13,6 +13,8 @@
 
 #include <QApplication>
 
+#include <cstdio>
+
 namespace tock {
 
 bool displayMissing()
@@ -34,7 +36,8 @@ QString noDisplayMessage()
 int runWindow(const QString &directory)
 {
     AppSession session(directory, Services::real());
-    const QString socket = ControlSocket::path(directory);
+    const ControlSocket::Location location = ControlSocket::locate(directory);
+    const QString socket = location.path;
     if (session.start() == AppSession::Start::alreadyRunning) {
         // The running copy comes to the front and this one leaves quietly; only a copy that
         // does not answer needs the alert.
@@ -44,13 +47,14 @@ int runWindow(const QString &directory)
         return 3;
     }
     AppModel &model = *session.model();
-    QObject::connect(&model.shell(), &ShellSession::exitRequested, qApp, [] { QApplication::quit(); });
     QObject::connect(&model, &AppModel::beepRequested, qApp, [] { QApplication::beep(); });
     const QString folder = session.store()->directory();
     TockWindow window(&model, [folder] { Dialogs::showDataFolder(folder); });
     window.setMargin(desktopComposites() ? TockWindow::Margin::shadow : TockWindow::Margin::none);
     // The one window closing ends the application.
     QObject::connect(&window, &TockWindow::closed, qApp, &QApplication::quit, Qt::QueuedConnection);
+    // The prompt's `exit` quits like the menu: asking first when changes are unsaved.
+    QObject::connect(&model.shell(), &ShellSession::exitRequested, &window, [&window] { window.close(); }, Qt::QueuedConnection);
     new WindowInteraction(&model, &window, folder);
     ControlServer control(socket);
     control.setOnRaise([&window] {
@@ -59,9 +63,15 @@ int runWindow(const QString &directory)
         window.activateWindow();
     });
     control.setOnRun([&model](const QString &line) { return ControlServer::runOnModel(model, line); });
-    control.listen(); // without it a second copy shows the alert instead; nothing else is lost
+    // Without it scripting is off (said plainly here and by `tock --shell`); nothing else is lost.
+    if (socket.isEmpty())
+        std::fprintf(stderr, "tock: scripting is off: no private folder for the control socket (%s)\n",
+                     qPrintable(location.problem));
+    else if (!control.listen())
+        std::fprintf(stderr, "tock: scripting is off: %s\n", qPrintable(control.errorString()));
+    // A signal (logging out) ends without asking, as the session has to end.
     const EndingSignals closeOnSignal(&window, [&window] {
-        window.close();
+        window.closeWithoutAsking();
         QApplication::quit();
     });
     window.show();

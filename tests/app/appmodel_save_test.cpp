@@ -2,6 +2,7 @@
 // temporary folder. Virtual time throughout.
 #include "modeltest.h"
 
+#include "instancelock.h"
 #include "timevalues.h"
 
 #include <QDir>
@@ -168,6 +169,48 @@ private Q_SLOTS:
         ModelFixture other(WithStore::yes, {"A"}, StorageNotice::recovered("timers-1.json"));
         other.m().retrySave(); // success clears only its own kind of notice
         QCOMPARE(other.m().notice(), StorageNotice::recovered("timers-1.json"));
+    }
+
+    // The data folder moved away: every change stays in memory and unsaved, nothing is written
+    // until Retry takes the folder's lock again; a scripted change learns it is not saved.
+    void lostFolderWaitsForRetry()
+    {
+        QTemporaryDir root;
+        const QString folder = root.filePath("data");
+        InstanceLock lock(folder);
+        QVERIFY(lock.acquire());
+        ModelFixture f(WithStore::no);
+        f.store = std::make_shared<Store>(folder, 5, 600);
+        f.store->setLock(&lock);
+        f.make(ModelFixture::board({"A"}));
+        f.m().toggle(f.id(0));
+        f.advance(1);
+        QVERIFY(f.saved() && !f.m().hasUnsavedChanges());
+        QVERIFY(QDir().rename(folder, root.filePath("away")));
+        f.m().addTimer(QString("B"));
+        f.advance(2);
+        const QString gone = StoreError::folderGone(folder).description();
+        QCOMPARE(f.m().notice(), StorageNotice::saveFailed(gone));
+        QVERIFY(!QFileInfo::exists(folder));
+        QCOMPARE(f.m().unsavedReason(), gone);
+        QVERIFY(!f.m().saveNow());
+        f.m().retrySave();
+        QVERIFY(!f.m().notice());
+        QVERIFY(!f.m().unsavedReason());
+        QCOMPARE(f.saved()->timers.size(), 2);
+    }
+
+    // Only the backups failing: the timers are saved and the banner says just that.
+    void backupsAloneFailingKeepTheChangesSaved()
+    {
+        ModelFixture f;
+        QVERIFY(QDir().mkpath(f.store->backupsPath() + "/.backup.tmp/in the way"));
+        f.m().addTimer(QString("D"));
+        QVERIFY(f.m().saveNow());
+        QVERIFY(f.m().notice() && f.m().notice()->isSaveFailed() && !f.m().notice()->changesUnsaved());
+        QCOMPARE(f.m().notice()->title(), QString("Backups are not being refreshed"));
+        QVERIFY(f.m().notice()->detail().startsWith("Your timers are saved, but the backups are not being refreshed: "));
+        QCOMPARE(f.saved()->timers.size(), 4);
     }
 
     void archiveIsRetriedBeforeSaving()

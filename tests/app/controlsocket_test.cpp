@@ -257,20 +257,40 @@ private Q_SLOTS:
         QCOMPARE(offThread([&] { return ControlClient::ping(server.path()); }), true); // still serving
     }
 
-    void clientsBeyondTheLimitAreClosed()
+    // Connections beyond the limit wait unread until a place frees; idle ones are dropped after
+    // the stall timeout, so they cannot crowd out a real client.
+    void clientsBeyondTheLimitWait()
     {
         ControlServer server(ControlSocket::path(scratch_.path()));
         server.setMaxClients(2);
+        server.setStallTimeout(60000);
         QVERIFY(server.listen());
         QLocalSocket clients[3];
         for (QLocalSocket &client : clients) {
             client.connectToServer(server.path());
             QVERIFY(client.waitForConnected(1000));
         }
-        QTRY_COMPARE(clients[2].state(), QLocalSocket::UnconnectedState);
-        QCOMPARE(server.clientCount(), 2);
+        clients[2].write(ControlSocket::pingRequest());
+        QTRY_COMPARE(server.clientCount(), 2);
+        QTest::qWait(200);
+        QCOMPARE(clients[2].state(), QLocalSocket::ConnectedState);
+        QCOMPARE(clients[2].bytesAvailable(), 0);
         clients[0].abort();
-        QTRY_COMPARE(server.clientCount(), 1);
+        QTRY_VERIFY(clients[2].bytesAvailable() > 0);
+        QCOMPARE(server.clientCount(), 2);
+        QCOMPARE(clients[2].readAll(), ControlSocket::okReply(true));
+    }
+    void idleClientsAreDroppedForARealOne()
+    {
+        ControlServer server(ControlSocket::path(scratch_.path()));
+        server.setMaxClients(2);
+        server.setStallTimeout(300);
+        QVERIFY(server.listen());
+        QLocalSocket idle[4];
+        for (QLocalSocket &client : idle) {
+            client.connectToServer(server.path());
+            QVERIFY(client.waitForConnected(1000));
+        }
         QCOMPARE(offThread([&] { return ControlClient::ping(server.path()); }), true);
     }
 

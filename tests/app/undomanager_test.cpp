@@ -119,6 +119,30 @@ private Q_SLOTS:
         m.undo(); // nothing to undo: harmless
         m.redo();
     }
+
+    // Only the latest maxSteps steps are kept, on either stack; the oldest go first.
+    void keepsTheLatestSteps()
+    {
+        UndoManager m;
+        QList<int> undone;
+        const int total = int(UndoManager::maxSteps) + 5;
+        for (int i = 0; i < total; ++i)
+            m.registerUndo([&undone, &m, i] {
+                undone << i;
+                m.registerUndo([] {}); // its redo
+            });
+        while (m.canUndo())
+            m.undo();
+        QCOMPARE(undone.size(), qsizetype(UndoManager::maxSteps));
+        QCOMPARE(undone.first(), total - 1);
+        QCOMPARE(undone.last(), 5);
+        int redone = 0;
+        while (m.canRedo()) {
+            m.redo();
+            ++redone;
+        }
+        QCOMPARE(redone, int(UndoManager::maxSteps));
+    }
 };
 
 QTEST_GUILESS_MAIN(UndoManagerTest)

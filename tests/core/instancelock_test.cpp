@@ -1,6 +1,7 @@
 #include "faultyfilesystem.h"
 #include "instancelock.h"
 
+#include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -121,6 +122,53 @@ private slots:
         QCOMPARE(l.reason(), reason);
         QCOMPARE(readFile(victim), QByteArray("precious"));
         QVERIFY(!QFileInfo::exists(dir.filePath("nowhere")));
+    }
+
+    // The lock covers the folder at its path only while that path still names the folder (and
+    // the lock file) that was locked; reacquire() takes the path's folder again.
+    void coversFolder_data()
+    {
+        QTest::addColumn<QString>("change");
+        QTest::addColumn<bool>("covers");
+        QTest::newRow("unchanged") << "" << true;
+        QTest::newRow("moved") << "mv" << false;
+        QTest::newRow("moved and back") << "mv back" << true;
+        QTest::newRow("deleted") << "rm" << false;
+        QTest::newRow("replaced by a new folder") << "replace" << false;
+        QTest::newRow("lock file replaced") << "new lock" << false;
+    }
+    void coversFolder()
+    {
+        QFETCH(QString, change);
+        QFETCH(bool, covers);
+        QTemporaryDir dir;
+        const QString folder = dir.filePath("data"), away = dir.filePath("away");
+        InstanceLock lock(folder);
+        QVERIFY(lock.acquire());
+        struct stat st;
+        QVERIFY(::stat(QFile::encodeName(lock.path()).constData(), &st) == 0 && (st.st_mode & 0777) == 0600);
+        if (change.startsWith("mv") || change == "replace")
+            QVERIFY(QDir().rename(folder, away));
+        if (change == "mv back")
+            QVERIFY(QDir().rename(away, folder));
+        if (change == "rm")
+            QVERIFY(QDir(folder).removeRecursively());
+        if (change == "replace")
+            QVERIFY(QDir().mkpath(folder));
+        if (change == "new lock")
+            QVERIFY(QFile::remove(lock.path()) && QFile(lock.path()).open(QIODevice::WriteOnly));
+        QCOMPARE(lock.coversFolder(), covers);
+        InstanceLock other(folder);
+        QCOMPARE(other.acquire(), !covers); // what the lock no longer covers, another copy can take
+        if (covers)
+            return;
+        QVERIFY(!lock.reacquire());         // ... and then not this one: it keeps the old lock
+        QCOMPARE(lock.failure(), InstanceLock::Failure::heldElsewhere);
+        QVERIFY(lock.isHeld());
+        other.release();
+        QVERIFY(lock.reacquire());
+        QVERIFY(lock.coversFolder());
+        QVERIFY(!other.acquire());
     }
 
     void excludesASecondProcess()

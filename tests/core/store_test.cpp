@@ -1,4 +1,5 @@
 #include "faultyfilesystem.h"
+#include "instancelock.h"
 #include "store.h"
 
 #include <QTemporaryDir>
@@ -367,6 +368,8 @@ private slots:
         if (mainReplaced)
             expected.insert(QStringLiteral("timers.json"), snap("new").encoded());
         f.fs->failOn(Op(op), where, reason);
+        if (mainReplaced) // only the rotation failed
+            message.prepend("Your timers are saved, but the backups are not being refreshed: ");
         QCOMPARE(failure([&] { f.store.save(snap("new"), 0); }), message.replace('@', f.dir.path()));
         QCOMPARE(f.store.lastBackup(), std::nullopt);
         QCOMPARE(f.contents(), expected);
@@ -386,6 +389,11 @@ private slots:
         QTest::newRow("too large") << "huge" << false << "larger than 64 MB" << false;
         QTest::newRow("link to a file") << "link" << false << "" << true;
         QTest::newRow("dangling link") << "dangling" << false << "" << false;
+        // Links someone else could steer are not followed: never read, copied or written through.
+        QTest::newRow("link to /dev/null, backup") << "null" << true << "not a regular file" << false;
+        QTest::newRow("link to another user's file, backup") << "theirs" << true << "not a regular file" << false;
+        QTest::newRow("another user's link, backup") << "their link" << true << "not a regular file" << false;
+        QTest::newRow("another user's link") << "their link" << false << "not a regular file" << false;
     }
     void hostileEntries()
     {
@@ -397,19 +405,26 @@ private slots:
         QTemporaryDir outside;
         const QString target = outside.filePath("kept.json"), main = f.path("timers.json");
         const QByteArray main8 = QFile::encodeName(main);
+        if (plant.startsWith("the") && ::geteuid() != 0)
+            QSKIP("needs root to give a file to another user");
         if (plant == "fifo")
             QCOMPARE(::mkfifo(main8.constData(), 0644), 0);
-        else if (plant == "zero")
-            QVERIFY(QFile::link("/dev/zero", main));
+        else if (plant == "zero" || plant == "null")
+            QVERIFY(QFile::link(plant == "zero" ? "/dev/zero" : "/dev/null", main));
         else if (plant == "huge")
             QVERIFY(QFile(main).open(QIODevice::WriteOnly) && ::truncate(main8.constData(), maximumReadSize + 1) == 0);
         else {
-            if (plant == "link")
+            if (plant != "dangling")
                 writeFile(target, snap("timers.json").encoded());
             QVERIFY(QFile::link(target, main));
         }
         if (plant == "link")
             QCOMPARE(::chmod(QFile::encodeName(target).constData(), 0600), 0);
+        const uid_t nobody = 65534;
+        if (plant == "theirs")
+            QCOMPARE(::chown(QFile::encodeName(target).constData(), nobody, nobody), 0);
+        if (plant == "their link")
+            QCOMPARE(::lchown(main8.constData(), nobody, nobody), 0);
         if (backup)
             f.plant("-V");
         const Result result = f.store.load(clockTime);
@@ -427,9 +442,12 @@ private slots:
         f.store.save(snap("new"), 0);
         QCOMPARE(QFileInfo(main).isSymLink(), staysLink);
         QCOMPARE(readFile(main), snap("new").encoded());
-        QCOMPARE(folderContents(outside.path()).keys(), plant == "link" ? QStringList{"kept.json"} : QStringList());
-        if (staysLink)
-            QCOMPARE(mode(target), 0600);
+        const bool hasTarget = plant == "link" || plant.startsWith("the");
+        QCOMPARE(folderContents(outside.path()).keys(), hasTarget ? QStringList{"kept.json"} : QStringList());
+        if (plant.startsWith("the"))
+            QCOMPARE(readFile(target), snap("timers.json").encoded());
+        // What Tock makes anew is private, whatever was there.
+        QCOMPARE(mode(staysLink ? target : main), 0600);
     }
 
     // The store's temporary names hold links to other files: they are replaced, never written
@@ -522,6 +540,109 @@ private slots:
             else
                 QVERIFY2(std::get<Result::Recovered>(result.value).snapshot == snap(f.file(1)), qPrintable(QString::number(n)));
         }
+    }
+
+    // The permission bits a save gives timers.json: private when new; kept from a regular file
+    // of the user, less group and world write.
+    void modes_data()
+    {
+        QTest::addColumn<int>("before"); // -1: no file
+        QTest::addColumn<int>("after");
+        QTest::newRow("new") << -1 << 0600;
+        QTest::newRow("private") << 0600 << 0600;
+        QTest::newRow("group-readable") << 0640 << 0640;
+        QTest::newRow("world-writable") << 0666 << 0644;
+        QTest::newRow("group-writable, executable") << 0775 << 0755;
+    }
+    void modes()
+    {
+        QFETCH(int, before);
+        QFETCH(int, after);
+        Fixture f;
+        if (before >= 0) {
+            f.plant("V");
+            QCOMPARE(::chmod(QFile::encodeName(f.path("timers.json")).constData(), mode_t(before)), 0);
+        }
+        f.store.load();
+        f.store.save(snap("new"), 0);
+        QCOMPARE(mode(f.path("timers.json")), after);
+        QCOMPARE(mode(f.path(f.file(1))), 0600);
+    }
+
+    // Only the rotation failed: the error says the timers are saved.
+    void backupsAloneFailing()
+    {
+        Fixture f;
+        f.fs->failOn(Op::rename, "Backups/.backup.tmp", "Permission denied");
+        const QString error = failure([&] { f.store.save(snap("new"), 0); });
+        QCOMPARE(error, "Your timers are saved, but the backups are not being refreshed: Permission denied");
+        QCOMPARE(readFile(f.path("timers.json")), snap("new").encoded());
+    }
+
+    // The folder written is always the one locked: once its path names another folder (or none)
+    // nothing is created or written there until the lock is taken again, and what someone else
+    // saved there meanwhile is kept as the newest backup (or in Damaged/ when it is not valid).
+    void lostFolder_data()
+    {
+        QTest::addColumn<QString>("change");
+        QTest::addColumn<QByteArray>("found"); // a timers.json written there meanwhile
+        QTest::addColumn<QString>("kept");     // where it ends up
+        QTest::newRow("moved") << "mv" << QByteArray() << "";
+        QTest::newRow("deleted") << "rm" << QByteArray() << "";
+        QTest::newRow("replaced, theirs valid") << "mv" << snap("theirs").encoded() << "Backups/timers-1.json";
+        QTest::newRow("replaced, theirs damaged") << "rm" << QByteArray("{") << "Damaged/" + stampText + "-timers.json";
+        QTest::newRow("another copy holds it") << "other" << QByteArray() << "";
+    }
+    void lostFolder()
+    {
+        QFETCH(QString, change);
+        QFETCH(QByteArray, found);
+        QFETCH(QString, kept);
+        QTemporaryDir root;
+        const QString data = root.filePath("data"), away = root.filePath("away");
+        InstanceLock lock(data);
+        QVERIFY(lock.acquire());
+        Store store(data, 3, 600, std::make_shared<FaultyFileSystem>(), [] { return clockTime; });
+        store.setLock(&lock);
+        store.load();
+        store.save(snap("mine"), 0);
+        const auto before = folderContents(data);
+        if (change == "rm")
+            QVERIFY(QDir(data).removeRecursively());
+        else
+            QVERIFY(QDir().rename(data, away));
+        if (!found.isEmpty())
+            writeFile(data + "/timers.json", found);
+        InstanceLock other(data);
+        if (change == "other")
+            QVERIFY(other.acquire());
+        const auto atPath = folderContents(data);
+        const QString gone = QStringLiteral("The Tock data folder %1 was moved or deleted. Your timers are kept in "
+                                            "this window and nothing is written until you press Retry, which saves "
+                                            "them in %1 again.").arg(data);
+        QCOMPARE(failure([&] { store.save(snap("later"), 1000); }), gone);
+        if (kept.startsWith("Backups"))
+            QCOMPARE(failure([&] { store.rotateBackups(); }), gone);
+        QVERIFY(store.folderLost());
+        QCOMPARE(folderContents(data), atPath);  // nothing created or written at the path
+        if (change != "rm")
+            QCOMPARE(folderContents(away), before); // nor in the folder that moved away
+
+        const QString retake = failure([&] { store.retakeFolder(); });
+        if (change == "other") {
+            QCOMPARE(retake, QStringLiteral("Another copy of Tock is using the data folder %1. Close it, then press Retry.").arg(data));
+            QVERIFY(store.folderLost());
+            other.release();
+            QCOMPARE(failure([&] { store.retakeFolder(); }), QString());
+        } else {
+            QCOMPARE(retake, QString());
+        }
+        QVERIFY(!store.folderLost());
+        QVERIFY(lock.coversFolder());
+        store.save(snap("later"), 100);
+        QCOMPARE(readFile(data + "/timers.json"), snap("later").encoded());
+        if (!kept.isEmpty())
+            QCOMPARE(readFile(data + "/" + kept), found);
     }
 
     void defaultDirectory()

@@ -1,7 +1,10 @@
 // The real tock on a virtual display, driven by real key presses and clicks: add a timer with
 // its shortcut, type its time into the mask, delete rows with Backspace, undo, close; a terminal and
 // a second copy using the running window; and a running timer paused when the session is ended by
-// a signal. timers.json tells what happened. Skipped
+// a signal. Then what the running window must never lose: a data folder moved or deleted under
+// it, a save that fails while a script talks to it, links and modes, the control socket's folder,
+// failing backups, a flood of undo steps, and quitting with unsaved changes. timers.json tells
+// what happened. Skipped
 // where Xvfb or xdotool is not installed.
 #include "modelfixture.h"
 #include "rootview.h"
@@ -14,11 +17,15 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLocalSocket>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QtTest>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace tock;
 
@@ -39,6 +46,18 @@ QStringList saved(const QString &folder)
     }
     return out;
 }
+
+int modeOf(const QString &path)
+{
+    struct stat st;
+    return ::lstat(QFile::encodeName(path).constData(), &st) == 0 ? int(st.st_mode & 0777) : -1;
+}
+
+// What a `tock --shell` run printed and how it ended.
+struct ShellRun {
+    QString out, err;
+    int status = -1;
+};
 
 } // namespace
 
@@ -70,9 +89,27 @@ private:
     }
     void keys(const QStringList &names) { xdo(QStringList{"key", "--delay", "40"} + names); }
 
+    // `tock --shell` with these lines (and `environment`, else the window's) to its end.
+    ShellRun runShell(const QStringList &lines, std::optional<QProcessEnvironment> environment = std::nullopt)
+    {
+        QProcess p;
+        p.setProcessEnvironment(environment.value_or(env_));
+        p.start(QStringLiteral(TOCK_BINARY), QStringList{"--shell"} + lines);
+        p.closeWriteChannel();
+        if (!p.waitForFinished(60000)) {
+            p.kill();
+            p.waitForFinished();
+        }
+        return {QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError()),
+                p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1};
+    }
+    // The visible windows called Tock: the main window and any alert.
+    int tockWindows() { return int(xdo({"search", "--onlyvisible", "--name", "^Tock$"}).split('\n', Qt::SkipEmptyParts).size()); }
+
     enum class Folder { fresh, same };
+    enum class Runtime { own, none }; // none: no XDG_RUNTIME_DIR, the temp folder is home/tmp
     // Starts tock and waits for its window to have the keyboard.
-    void launch(Folder folder = Folder::fresh)
+    void launch(Folder folder = Folder::fresh, Runtime runtime = Runtime::own)
     {
         if (folder == Folder::fresh || !home_)
             home_ = std::make_unique<QTemporaryDir>();
@@ -83,6 +120,9 @@ private:
         env_.insert("TOCK_DATA_DIR", data_);
         env_.insert("XDG_CONFIG_HOME", home_->path() + "/config");
         env_.insert("XDG_RUNTIME_DIR", run);
+        env_.insert("TMPDIR", home_->path() + "/tmp");
+        if (runtime == Runtime::none)
+            env_.remove("XDG_RUNTIME_DIR");
         tock_.setProcessEnvironment(env_);
         tock_.start(QStringLiteral(TOCK_BINARY), {});
         QVERIFY(tock_.waitForStarted());
@@ -225,6 +265,180 @@ private Q_SLOTS:
         QVERIFY2(saved(data_).value(1).startsWith("Timer 2="), qPrintable(saved(data_).join(", ")));
         launch(Folder::same); // the folder is free again at once
         QCOMPARE(tock_.state(), QProcess::Running);
+    }
+
+    // The data folder moved or deleted under a window with a running timer: the window writes
+    // nothing anywhere (no new folder at the old path), a terminal then uses the path as its own
+    // and its change stays; closing asks first (Cancel keeps the window), a signal ends without
+    // asking, and still nothing is overwritten.
+    void folderMovedOrDeleted_data()
+    {
+        QTest::addColumn<bool>("deleted");
+        QTest::newRow("moved") << false;
+        QTest::newRow("deleted") << true;
+    }
+    void folderMovedOrDeleted()
+    {
+        QFETCH(bool, deleted);
+        launch();
+        QCOMPARE(runShell({"start 1"}).status, 0);
+        QTRY_VERIFY_WITH_TIMEOUT(saved(data_).value(0).startsWith("Timer 1>"), 10000);
+        const QString away = home_->path() + "/away";
+        QVERIFY(deleted ? QDir(data_).removeRecursively() : QDir().rename(data_, away));
+        QTest::qWait(2500); // two ticks' saves
+        QVERIFY2(!QFileInfo::exists(data_), "the window made a folder it holds no lock on");
+        const auto moved = [&] {
+            QFile f(away + "/timers.json");
+            return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+        };
+        const QByteArray before = moved();
+        const ShellRun probe = runShell({"add probe"});
+        QCOMPARE(probe.out, QString("added “probe” as 4\n"));
+        QCOMPARE(probe.status, 0);
+        QTest::qWait(2500);
+        QCOMPARE(saved(data_).value(3), QString("probe=0"));
+        QCOMPARE(moved(), before);
+
+        // Ctrl+W asks; Escape is Cancel and keeps the window.
+        keys({"ctrl+w"});
+        QTRY_COMPARE_WITH_TIMEOUT(tockWindows(), 2, 10000);
+        keys({"Escape"});
+        QTRY_COMPARE_WITH_TIMEOUT(tockWindows(), 1, 10000);
+        QTest::qWait(500);
+        QCOMPARE(tock_.state(), QProcess::Running);
+        tock_.terminate();
+        QVERIFY(tock_.waitForFinished(10000));
+        QCOMPARE(tock_.exitCode(), 0);
+        QCOMPARE(saved(data_).value(3), QString("probe=0"));
+        QCOMPARE(moved(), before);
+    }
+
+    // A save the window cannot make is reported to the script whose command it ran.
+    void scriptLearnsTheWindowCouldNotSave()
+    {
+        launch();
+        QCOMPARE(runShell({"add W"}).status, 0);
+        QCOMPARE(saved(data_).size(), 4); // saved before the answer
+        QVERIFY(QFile::remove(data_ + "/timers.json") && QDir().mkdir(data_ + "/timers.json"));
+        const ShellRun run = runShell({"add X"});
+        QCOMPARE(run.out, QString("added “X” as 5\n"));
+        QVERIFY2(run.err.startsWith("Changes are not being saved\n"), qPrintable(run.err));
+        QCOMPARE(run.status, 1);
+    }
+
+    // Links and modes, with the terminal alone: a link someone could steer is replaced by a
+    // private file and its target left alone.
+    void linksAndModes_data()
+    {
+        QTest::addColumn<QString>("link"); // where timers.json leads
+        QTest::newRow("a device") << "/dev/null";
+        QTest::newRow("another user's file") << "theirs";
+    }
+    void linksAndModes()
+    {
+        QFETCH(QString, link);
+        const QTemporaryDir home;
+        QProcessEnvironment env = env_;
+        const QString data = home.filePath("data"), theirs = home.filePath("theirs.json");
+        env.insert("TOCK_DATA_DIR", data);
+        env.insert("XDG_CONFIG_HOME", home.filePath("config"));
+        QDir().mkpath(data);
+        if (link == "theirs") {
+            if (::geteuid() != 0)
+                QSKIP("needs root to give a file to another user");
+            QFile f(theirs);
+            QVERIFY(f.open(QIODevice::WriteOnly) && f.write("theirs") == 6);
+            f.close();
+            QCOMPARE(::chown(QFile::encodeName(theirs).constData(), 65534, 65534), 0);
+        }
+        QCOMPARE(runShell({"add X"}, env).status, 0); // timers.json and its backup
+        QVERIFY(QFile::remove(data + "/timers.json"));
+        QVERIFY(QFile::link(link == "theirs" ? theirs : link, data + "/timers.json"));
+        const ShellRun run = runShell({"add Y"}, env);
+        QCOMPARE(run.status, 0);
+        QVERIFY(!QFileInfo(data + "/timers.json").isSymLink());
+        QCOMPARE(saved(data).mid(3), (QStringList{"X=0", "Y=0"}));
+        QCOMPARE(modeOf(data + "/timers.json"), 0600);
+        QCOMPARE(modeOf(data + "/.lock"), 0600);
+        QVERIFY(QDir(data + "/Damaged").isEmpty()); // nothing of the target copied
+        if (link == "theirs") {
+            QFile f(theirs);
+            QVERIFY(f.open(QIODevice::ReadOnly));
+            QCOMPARE(f.readAll(), QByteArray("theirs"));
+        } else {
+            QCOMPARE(modeOf("/dev/null") & 0666, 0666);
+        }
+    }
+
+    // Another user took the temp folder's tock-<uid>: the window says scripting is off, and a
+    // terminal says why instead of "already running".
+    void socketFolderTaken()
+    {
+        home_ = std::make_unique<QTemporaryDir>();
+        const QString taken = home_->path() + "/tmp/tock-" + QString::number(::geteuid());
+        QVERIFY(QDir().mkpath(taken));
+        if (::geteuid() == 0)
+            QCOMPARE(::chown(QFile::encodeName(taken).constData(), 65534, 65534), 0);
+        else
+            QVERIFY(QFile(taken).setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner
+                                                | QFileDevice::ReadOther | QFileDevice::ExeOther));
+        launch(Folder::same, Runtime::none);
+        QByteArray windowErr;
+        QTRY_VERIFY_WITH_TIMEOUT((windowErr += tock_.readAllStandardError()).contains("tock: scripting is off: no private folder for the control socket (" + QFile::encodeName(taken)), 10000);
+        const ShellRun run = runShell({"add X"});
+        QVERIFY2(!run.err.contains("already running") && run.err.contains("no private folder") && run.err.contains(taken), qPrintable(run.err));
+        QCOMPARE(run.status, 3);
+    }
+
+    // Idle connections are dropped soon, so they cannot turn a real script away.
+    void idleConnectionsDoNotCrowdOutAScript()
+    {
+        launch();
+        const QString run = home_->path() + "/run";
+        QTRY_COMPARE_WITH_TIMEOUT(QDir(run).entryList({"*.sock"}, QDir::System).size(), 1, 10000);
+        const QString socket = run + "/" + QDir(run).entryList({"*.sock"}, QDir::System).first();
+        QLocalSocket idle[8];
+        for (QLocalSocket &s : idle) {
+            s.connectToServer(socket);
+            QVERIFY(s.waitForConnected(2000));
+        }
+        const ShellRun script = runShell({"add Y"});
+        QCOMPARE(script.out, QString("added “Y” as 4\n"));
+        QCOMPARE(script.status, 0);
+    }
+
+    // Only the backups failing: the timers are saved, and the terminal says that the backups are
+    // not being refreshed, without failing.
+    void onlyTheBackupsFail()
+    {
+        const QTemporaryDir home;
+        QProcessEnvironment env = env_;
+        const QString data = home.filePath("data");
+        env.insert("TOCK_DATA_DIR", data);
+        env.insert("XDG_CONFIG_HOME", home.filePath("config"));
+        QVERIFY(QDir().mkpath(data + "/Backups/.backup.tmp/in the way")); // the backup cannot be staged
+        const ShellRun run = runShell({"add X"}, env);
+        QVERIFY2(run.err.startsWith("Backups are not being refreshed\nYour timers are saved, but the backups are not being refreshed: "), qPrintable(run.err));
+        QCOMPARE(run.status, 0);
+        QCOMPARE(saved(data).value(3), QString("X=0"));
+    }
+
+    // The undo history keeps the latest 1,000 steps.
+    void undoKeepsTheLatestThousandSteps()
+    {
+        const QTemporaryDir home;
+        QProcessEnvironment env = env_;
+        env.insert("TOCK_DATA_DIR", home.filePath("data"));
+        env.insert("XDG_CONFIG_HOME", home.filePath("config"));
+        QStringList lines;
+        for (int i = 0; i < 1001; ++i)
+            lines << "set 1 +1s";
+        for (int i = 0; i < 1001; ++i)
+            lines << "undo";
+        const ShellRun run = runShell(lines, env);
+        QCOMPARE(run.err, QString("nothing to undo\n"));
+        QCOMPARE(run.status, 1);
+        QCOMPARE(saved(home.filePath("data")).value(0), QString("Timer 1=1"));
     }
 };
 
