@@ -713,7 +713,7 @@ void AppModel::retrySave()
 {
     if (store_ && store_->folderLost()) {
         try {
-            store_->retakeFolder();
+            store_->retakeFolder(currentTime());
         } catch (const StoreError &error) {
             setNotice(StorageNotice::saveFailed(error.description()));
             return;

@@ -234,8 +234,9 @@ void Store::checkFolder()
         throw StoreError::folderGone(directory_);
 }
 
-void Store::retakeFolder()
+void Store::retakeFolder(Instant now)
 {
+    retakenAt_ = now;
     if (!lock_ || lock_->coversFolder()) {
         folderLost_ = false;
         return;
@@ -276,7 +277,7 @@ void Store::keepFoundMainFile()
                 throw StoreError::io(QStringLiteral("Could not keep the timers.json found in %1 as a backup: %2")
                                          .arg(directory_, e.description()));
             }
-        } else if (!preserveDamaged({mainPath()})) {
+        } else if (!preserveDamaged({mainPath()}, retakenAt_)) {
             throw StoreError::io(QStringLiteral("Could not keep the timers.json found in %1 in the Damaged folder")
                                      .arg(directory_));
         }

@@ -95,7 +95,7 @@ public:
     // folder). A timers.json found there is someone else's: it is kept as the newest backup (or
     // in Damaged/ when it is not valid) before anything is written. Throws StoreError (io) when
     // another copy holds the lock or the folder cannot be used; what was found is kept then too.
-    void retakeFolder();
+    void retakeFolder(Instant now);
 
     QString mainPath() const;
     QString backupsPath() const;
@@ -188,6 +188,7 @@ private:
     InstanceLock *lock_ = nullptr;
     bool folderLost_ = false;
     bool keepFoundMain_ = false; // a retaken folder's timers.json still has to be kept
+    Instant retakenAt_ = 0;      // when: names it in Damaged/ if it cannot be read
 };
 
 } // namespace tock

@@ -563,7 +563,7 @@ private slots:
             f.plant("V");
             QCOMPARE(::chmod(QFile::encodeName(f.path("timers.json")).constData(), mode_t(before)), 0);
         }
-        f.store.load();
+        f.store.load(clockTime);
         f.store.save(snap("new"), 0);
         QCOMPARE(mode(f.path("timers.json")), after);
         QCOMPARE(mode(f.path(f.file(1))), 0600);
@@ -602,9 +602,9 @@ private slots:
         const QString data = root.filePath("data"), away = root.filePath("away");
         InstanceLock lock(data);
         QVERIFY(lock.acquire());
-        Store store(data, 3, 600, std::make_shared<FaultyFileSystem>(), [] { return clockTime; });
+        Store store(data, 3, 600, std::make_shared<FaultyFileSystem>());
         store.setLock(&lock);
-        store.load();
+        store.load(clockTime);
         store.save(snap("mine"), 0);
         const auto before = folderContents(data);
         if (change == "rm")
@@ -628,12 +628,12 @@ private slots:
         if (change != "rm")
             QCOMPARE(folderContents(away), before); // nor in the folder that moved away
 
-        const QString retake = failure([&] { store.retakeFolder(); });
+        const QString retake = failure([&] { store.retakeFolder(2000); });
         if (change == "other") {
             QCOMPARE(retake, QStringLiteral("Another copy of Tock is using the data folder %1. Close it, then press Retry.").arg(data));
             QVERIFY(store.folderLost());
             other.release();
-            QCOMPARE(failure([&] { store.retakeFolder(); }), QString());
+            QCOMPARE(failure([&] { store.retakeFolder(2000); }), QString());
         } else {
             QCOMPARE(retake, QString());
         }
