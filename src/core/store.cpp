@@ -343,7 +343,7 @@ namespace {
 bool isMainTemporary(const QString &name)
 {
     const QLatin1String prefix(".timers.json."), suffix(".tmp");
-    if (!name.startsWith(prefix) || !name.endsWith(suffix) || name.size() == prefix.size() + suffix.size())
+    if (name.size() <= prefix.size() + suffix.size() || !name.startsWith(prefix) || !name.endsWith(suffix))
         return false;
     for (qsizetype i = prefix.size(); i < name.size() - suffix.size(); ++i) {
         if (name.at(i) < QLatin1Char('0') || name.at(i) > QLatin1Char('9'))
