@@ -107,6 +107,9 @@ void HeldSettings::remove(const QString &key) { changes_.insert(key, std::nullop
 void HeldSettings::commit()
 {
     for (auto it = changes_.cbegin(); it != changes_.cend(); ++it) {
+        // A value set to what it was already does not rewrite the settings file.
+        if (inner_->value(it.key()) == *it)
+            continue;
         if (*it)
             inner_->setValue(it.key(), **it);
         else

@@ -51,7 +51,8 @@ public:
     std::optional<QVariant> value(const QString &key) const override;
     void setValue(const QString &key, const QVariant &value) override;
     void remove(const QString &key) override;
-    // Hands the held changes to the inner settings, in one go.
+    // Hands the held changes to the inner settings, in one go; values that did not change are
+    // not handed on.
     void commit();
 
 private:

@@ -6,7 +6,6 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
-#include <QRegularExpression>
 
 #include <cmath>
 #include <unistd.h>
@@ -410,13 +409,30 @@ void Store::rotateBackupsAtStart(Instant now)
     rotateAfterWriting();
 }
 
+namespace {
+
+// ".timers.json.<pid>.tmp", the name write() stages under. Matched by hand: a run of the
+// terminal would spend more compiling a pattern than on everything else in this file.
+bool isMainTemporary(const QString &name)
+{
+    const QLatin1String prefix(".timers.json."), suffix(".tmp");
+    if (name.size() <= prefix.size() + suffix.size() || !name.startsWith(prefix) || !name.endsWith(suffix))
+        return false;
+    for (qsizetype i = prefix.size(); i < name.size() - suffix.size(); ++i) {
+        if (name.at(i) < QLatin1Char('0') || name.at(i) > QLatin1Char('9'))
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
 void Store::removeStaleTemporaryFiles()
 {
     if (lock_ && !lock_->coversFolder())
         return;
-    static const QRegularExpression mainTemporary(QStringLiteral("^\\.timers\\.json\\.[0-9]+\\.tmp$"));
     for (const QString &name : fm_->list(directory_))
-        if (mainTemporary.match(name).hasMatch())
+        if (isMainTemporary(name))
             discard(directory_ + QLatin1Char('/') + name);
     if (fm_->list(backupsPath()).contains(QStringLiteral(".backup.tmp")))
         discard(backupsPath() + QStringLiteral("/.backup.tmp"));

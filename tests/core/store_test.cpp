@@ -469,7 +469,7 @@ private slots:
         QCOMPARE(mode(f.path("timers.json")), 0640);
 
         for (const char *name : {".timers.json.1.tmp", ".timers.json.77.tmp", "Backups/.backup.tmp", ".timers.json.x.tmp",
-                                 ".timers.json.1.tmp~", "Backups/.timers.json.1.tmp", "Damaged/.backup.tmp"})
+                                 ".timers.json.1.tmp~", ".timers.json..tmp", ".timers.json.tmp", "Backups/.timers.json.1.tmp", "Damaged/.backup.tmp"})
             writeFile(f.path(name), "left over");
         const auto before = f.contents();
         f.store.removeStaleTemporaryFiles();
