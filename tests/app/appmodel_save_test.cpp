@@ -1,5 +1,6 @@
 // The once-a-second tick, the shown seconds and the saving cadence, against a real store in a
 // temporary folder. Virtual time throughout.
+#include "files.h"
 #include "modeltest.h"
 
 #include "timevalues.h"
@@ -8,22 +9,7 @@
 
 using namespace tock;
 
-namespace {
-
-void writeFile(const QString &path, const QByteArray &data)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(data);
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-} // namespace
+using namespace tock::testing;
 
 class AppModelSaveTest : public QObject {
     Q_OBJECT
