@@ -1,5 +1,6 @@
-// The once-a-second tick, the shown seconds and the saving cadence, against a real store in a
-// temporary folder. Virtual time throughout.
+// Saving against a real store in a temporary folder: bursts, failures, the archive and the
+// blocked store (the tick and the saving cadence are self-check scenarios). Virtual time throughout.
+#include "files.h"
 #include "modeltest.h"
 
 #include "instancelock.h"
@@ -8,102 +9,11 @@
 #include <QDir>
 
 using namespace tock;
-
-namespace {
-
-void writeFile(const QString &path, const QByteArray &data)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(data);
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-} // namespace
+using namespace tock::testing;
 
 class AppModelSaveTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void sharedClockOneTickPerSecondOnlyWhileRunningStepsOfOne()
-    {
-        ModelFixture f;
-        f.m().toggle(f.id(0));
-        QCOMPARE(f.v.scheduler->repeatingCount(), 1);
-        const auto tasks = f.v.scheduler->tasks();
-        const auto tick = std::find_if(tasks.begin(), tasks.end(), [](const auto &t) { return t.interval > 0; });
-        QCOMPARE(tick->interval, 1.0);
-        QCOMPARE(tick->tolerance, 0.1);
-        f.advance(3);
-        QCOMPARE(f.m().displayTick()->tick(), 3);
-        f.m().toggle(f.id(1)); // a second running timer shares the one tick
-        QCOMPARE(f.v.scheduler->repeatingCount(), 1);
-        SignalCounter counter(f.model.get());
-        f.advance(1);
-        QCOMPARE(f.m().displayTick()->tick(), 4);
-        QCOMPARE(ModelProbe::shownValue(f.m(), f.id(0)), 4);
-        QCOMPARE(ModelProbe::shownValue(f.m(), f.id(1)), 1);
-        QCOMPARE(counter.emitted(), QStringList()); // the tick changes nothing else
-
-        f.v.clock->advance(2); // one late wake-up: a small lag is made up a second at a time
-        ModelProbe::tick(f.m());
-        QCOMPARE(ModelProbe::shownValue(f.m(), f.id(0)), 5);
-        f.v.clock->advance(3); // a large one jumps
-        ModelProbe::tick(f.m());
-        QCOMPARE(ModelProbe::shownValue(f.m(), f.id(0)), 9);
-        QCOMPARE(f.m().displayTick()->tick(), 6);
-
-        f.m().pauseAll();
-        QCOMPARE(f.v.scheduler->repeatingCount(), 0);
-        QVERIFY(!ModelProbe::shownValue(f.m(), f.id(0)));
-        f.advance(5);
-        QCOMPARE(f.m().displayTick()->tick(), 6);
-    }
-
-    void theDisplayFollowsEditsStopsAtTheCapAndPausedIsExact()
-    {
-        ModelFixture f;
-        f.m().toggle(f.id(0));
-        f.advance(2);
-        f.set(0, 100); // the shown value goes stale on any edit
-        QVERIFY(!ModelProbe::shownValue(f.m(), f.id(0)));
-        QCOMPARE(f.m().displayedSeconds(f.id(0)), 100);
-        f.advance(1);
-        QCOMPARE(ModelProbe::shownValue(f.m(), f.id(0)), 101);
-        f.v.clock->advance(3.5); // no tick yet: the display keeps its second
-        QCOMPARE(f.m().displayedSeconds(f.id(0)), 101);
-        f.m().toggle(f.id(0));
-        QCOMPARE(f.m().displayedSeconds(f.id(0)), 104);
-
-        f.set(1, HMS::maxSeconds - 1);
-        f.m().toggle(f.id(1));
-        const qint64 ticks = f.m().displayTick()->tick();
-        f.advance(1);
-        QCOMPARE(ModelProbe::shownValue(f.m(), f.id(1)), HMS::maxSeconds);
-        f.advance(5); // capped: no redraw while no shown value changes
-        QCOMPARE(f.m().displayTick()->tick(), ticks + 1);
-    }
-
-    void keptCountingWhileHidden()
-    {
-        ModelFixture f;
-        f.m().toggle(f.id(0));
-        f.m().setWindowVisible(false);
-        f.advance(3.5);
-        QCOMPARE(f.m().displayTick()->tick(), 0);
-        QCOMPARE(ModelProbe::shownValue(f.m(), f.id(0)), 3);
-        QCOMPARE(f.saved()->timers.at(0).seconds, 3.0); // and saving
-        f.m().setWindowVisible(true);
-        QCOMPARE(f.m().displayTick()->tick(), 1); // caught up at once
-        f.advance(0.5);
-        QCOMPARE(f.m().displayTick()->tick(), 2);
-        QCOMPARE(ModelProbe::shownValue(f.m(), f.id(0)), 4);
-    }
-
     void aBurstOfChangesIsOneSave()
     {
         ModelFixture f;
@@ -115,26 +25,6 @@ private Q_SLOTS:
         f.advance(0.0625);
         QCOMPARE(f.saved()->timers.at(0).name, QStringLiteral("Z"));
         QCOMPARE(f.saved()->style, std::optional<QString>("classic"));
-        QCOMPARE(f.v.scheduler->pendingCount(), 0);
-    }
-
-    void tickSavesAboutOnceASecondAndPauseAllAtOnce()
-    {
-        ModelFixture f;
-        const Instant start = f.v.clock->now();
-        f.m().toggle(f.id(0));
-        f.advance(1); // the debounced save at 0.3; the tick at 1.0 is too soon after it
-        QVERIFY(qFuzzyCompare(ModelProbe::lastSave(f.m()), start + 0.3));
-        f.advance(1);
-        QCOMPARE(ModelProbe::lastSave(f.m()), start + 2);
-        QCOMPARE(f.saved()->timers.at(0).seconds, 2.0);
-        QVERIFY(f.saved()->timers.at(0).wasRunning);
-        f.advance(1);
-        QCOMPARE(ModelProbe::lastSave(f.m()), start + 3);
-        f.v.clock->advance(0.75);
-        f.m().pauseAll();
-        QCOMPARE(f.saved()->timers.at(0).seconds, 3.75);
-        QVERIFY(!f.saved()->timers.at(0).wasRunning);
         QCOMPARE(f.v.scheduler->pendingCount(), 0);
     }
 

@@ -100,27 +100,6 @@ private Q_SLOTS:
         }
     }
 
-    void withoutAStoreNothingTicksSavesOrWritesSettings()
-    {
-        ModelFixture f(WithStore::no);
-        f.v.settings->setValue("zoomDefaultV3", true);
-        f.v.settings->setValue("zoom", 1.4);
-        f.make(ModelFixture::board({"A", "B"}));
-        const qsizetype writesBefore = f.v.settings->writes().size();
-        QCOMPARE(f.m().zoom(), 1.0);
-        f.m().toggle(f.id(0));
-        QVERIFY(f.timer(0).isRunning());
-        QVERIFY(!ModelProbe::isTicking(f.m()));
-        f.m().setStyle(StyleID::gameboy);
-        f.m().zoomIn();
-        f.m().rename(f.id(1), "X");
-        f.m().pauseAll();
-        f.advance(5);
-        QCOMPARE(f.m().displayTick()->tick(), 0);
-        QCOMPARE(f.v.settings->writes().size(), writesBefore);
-        QCOMPARE(f.v.scheduler->pendingCount(), 0);
-    }
-
     void zoomSteps_data()
     {
         QTest::addColumn<double>("from");

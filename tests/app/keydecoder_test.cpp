@@ -1,5 +1,6 @@
 // The key decoder over byte strings as terminals send them, whole and cut at every point.
 #include "keydecoder.h"
+#include "table.h"
 
 #include <QTest>
 
@@ -49,26 +50,25 @@ class KeyDecoderTest : public QObject {
 private Q_SLOTS:
     void decodes_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QList<KeyEvent>>("keys");
-
-        QTest::newRow("plain text") << QByteArray("add x") << QList{text("add x")};
-        QTest::newRow("return, both forms") << QByteArray("a\rb\nc\r\n") << QList{text("a"), key(Key::enter), text("b"), key(Key::enter), text("c"), key(Key::enter)};
-        QTest::newRow("controls") << QByteArray("\t\x7f\x08\x01\x05\x15\x03\x0c\x04")
-                                  << QList{key(Key::tab), key(Key::backspace), key(Key::backspace), key(Key::home), key(Key::end), key(Key::clearLine),
-                                           key(Key::interrupt), key(Key::clearScreen), key(Key::endOfInput)};
-        QTest::newRow("CSI arrows") << QByteArray("\x1b[A\x1b[B\x1b[C\x1b[D") << QList{key(Key::up), key(Key::down), key(Key::right), key(Key::left)};
-        QTest::newRow("SS3 arrows and home/end") << QByteArray("\x1bOA\x1bOD\x1bOH\x1bOF") << QList{key(Key::up), key(Key::left), key(Key::home), key(Key::end)};
-        QTest::newRow("CSI home/end") << QByteArray("\x1b[H\x1b[F\x1b[1~\x1b[4~\x1b[7~\x1b[8~")
-                                      << QList{key(Key::home), key(Key::end), key(Key::home), key(Key::end), key(Key::home), key(Key::end)};
-        QTest::newRow("delete, also with a modifier") << QByteArray("\x1b[3~\x1b[3;5~") << QList{key(Key::forwardDelete), key(Key::forwardDelete)};
-        QTest::newRow("modified arrow is the arrow") << QByteArray("\x1b[1;5C") << QList{key(Key::right)};
-        QTest::newRow("unknown sequences vanish") << QByteArray("a\x1b[15~\x1b[Zb\x1bOPc") << QList{text("abc")};
-        QTest::newRow("alt chord drops the escape") << QByteArray("\x1bx") << QList{text("x")};
-        QTest::newRow("UTF-8") << QByteArray("caf\xc3\xa9 \xe6\x99\x82 \xf0\x9f\x98\x80") << QList{text("café 時 😀")};
-        QTest::newRow("invalid UTF-8 is skipped") << QByteArray("a\x80\xff\xc3z") << QList{text("az")};
-        QTest::newRow("bracketed paste is text") << QByteArray("x\x1b[200~one\r\ntwo\t\x1b[3~\x1b[201~\r")
-                                                 << QList{text("xone\r\ntwo\t\x1b[3~"), key(Key::enter)};
+        table<QString, QByteArray, QList<KeyEvent>>({"case", "bytes", "keys"}, {
+            {"plain text", QByteArray("add x"), QList{text("add x")}},
+            {"return, both forms", QByteArray("a\rb\nc\r\n"),
+             QList{text("a"), key(Key::enter), text("b"), key(Key::enter), text("c"), key(Key::enter)}},
+            {"controls", QByteArray("\t\x7f\x08\x01\x05\x15\x03\x0c\x04"),
+             QList{key(Key::tab), key(Key::backspace), key(Key::backspace), key(Key::home), key(Key::end),
+                   key(Key::clearLine), key(Key::interrupt), key(Key::clearScreen), key(Key::endOfInput)}},
+            {"CSI arrows", QByteArray("\x1b[A\x1b[B\x1b[C\x1b[D"), QList{key(Key::up), key(Key::down), key(Key::right), key(Key::left)}},
+            {"SS3 arrows and home/end", QByteArray("\x1bOA\x1bOD\x1bOH\x1bOF"), QList{key(Key::up), key(Key::left), key(Key::home), key(Key::end)}},
+            {"CSI home/end", QByteArray("\x1b[H\x1b[F\x1b[1~\x1b[4~\x1b[7~\x1b[8~"),
+             QList{key(Key::home), key(Key::end), key(Key::home), key(Key::end), key(Key::home), key(Key::end)}},
+            {"delete, also with a modifier", QByteArray("\x1b[3~\x1b[3;5~"), QList{key(Key::forwardDelete), key(Key::forwardDelete)}},
+            {"modified arrow is the arrow", QByteArray("\x1b[1;5C"), QList{key(Key::right)}},
+            {"unknown sequences vanish", QByteArray("a\x1b[15~\x1b[Zb\x1bOPc"), QList{text("abc")}},
+            {"alt chord drops the escape", QByteArray("\x1bx"), QList{text("x")}},
+            {"UTF-8", QByteArray("caf\xc3\xa9 \xe6\x99\x82 \xf0\x9f\x98\x80"), QList{text("café 時 😀")}},
+            {"invalid UTF-8 is skipped", QByteArray("a\x80\xff\xc3z"), QList{text("az")}},
+            {"bracketed paste is text", QByteArray("x\x1b[200~one\r\ntwo\t\x1b[3~\x1b[201~\r"), QList{text("xone\r\ntwo\t\x1b[3~"), key(Key::enter)}},
+        });
     }
 
     // The same keys whether the bytes come at once, one by one, or cut at any single point.

@@ -1,5 +1,7 @@
 // The real `tock --shell` at a pseudo-terminal: keys edit the line through the model, the
 // listing ticks while a timer runs, and the terminal's settings come back however it ends.
+#include "table.h"
+
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -11,6 +13,8 @@
 #include <sys/resource.h>
 #include <termios.h>
 #include <unistd.h>
+
+using tock::table;
 
 namespace {
 
@@ -158,16 +162,15 @@ private Q_SLOTS:
 
     void restoresTheTerminal_data()
     {
-        QTest::addColumn<QByteArray>("keys");
-        QTest::addColumn<int>("signal");
-        QTest::addColumn<bool>("crashes");
-        QTest::newRow("Ctrl-D") << QByteArray("\x15\x04") << 0 << false;
-        QTest::newRow("exit") << QByteArray("\x15" "exit\r") << 0 << false;
-        QTest::newRow("Ctrl-C does not end it, Ctrl-D does") << QByteArray("\x03\x04") << 0 << false;
-        QTest::newRow("SIGTERM") << QByteArray() << SIGTERM << false;
-        QTest::newRow("SIGINT") << QByteArray() << SIGINT << false;
-        QTest::newRow("SIGHUP") << QByteArray() << SIGHUP << false;
-        QTest::newRow("crash") << QByteArray() << SIGABRT << true;
+        table<QString, QByteArray, int, bool>({"case", "keys", "signal", "crashes"}, {
+            {"Ctrl-D", QByteArray("\x15\x04"), 0, false},
+            {"exit", QByteArray("\x15" "exit\r"), 0, false},
+            {"Ctrl-C does not end it, Ctrl-D does", QByteArray("\x03\x04"), 0, false},
+            {"SIGTERM", QByteArray(), SIGTERM, false},
+            {"SIGINT", QByteArray(), SIGINT, false},
+            {"SIGHUP", QByteArray(), SIGHUP, false},
+            {"crash", QByteArray(), SIGABRT, true},
+        });
     }
 
     void restoresTheTerminal()

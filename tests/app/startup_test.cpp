@@ -2,6 +2,7 @@
 // result, the refusal while another copy holds the folder, and the ending; then the real `tock`
 // binary end to end (lines from standard input and arguments, output and error streams, exit
 // statuses, what ends up on disk). Each run of the binary folds in several checks, as runs are slow.
+#include "files.h"
 #include "snapshot.h"
 #include "startup.h"
 #include "table.h"
@@ -19,6 +20,7 @@
 #include <sys/time.h>
 
 using namespace tock;
+using tock::testing::readFile;
 
 namespace {
 
@@ -31,12 +33,6 @@ QString describe(const StartupMode &mode)
     if (const auto *shell = std::get_if<StartupMode::Shell>(&mode.value))
         return QStringLiteral("shell [") + shell->lines.join(QLatin1Char('|')) + QLatin1Char(']');
     return QStringList{"", "flipdemo", "selftest", "", "", "normal"}.at(qsizetype(mode.value.index()));
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 QStringList entries(const QString &folder)

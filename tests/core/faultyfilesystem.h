@@ -2,6 +2,7 @@
 // injected by operation and path, as a full disk or a refusing folder would produce them.
 #pragma once
 
+#include "files.h"
 #include "filesystem.h"
 #include "storeerror.h"
 
@@ -112,20 +113,6 @@ inline QMap<QString, QByteArray> folderContents(const QString &root)
         result.insert(QDir(root).relativeFilePath(f.fileName()), content);
     }
     return result;
-}
-
-inline void writeFile(const QString &path, const QByteArray &data)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile f(path);
-    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate) || f.write(data) != data.size())
-        qFatal("cannot write test file %s", qPrintable(path));
-}
-
-inline QByteArray readFile(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
 // What `action` threw: a StoreError's description; empty when it threw nothing.

@@ -86,16 +86,6 @@ const QString tooLong = QStringLiteral("too long: the most is 999:59:59");
 class ShellTest : public QObject {
     Q_OBJECT
 private slots:
-    void helpText()
-    {
-        QCOMPARE(Shell::helpText(), (QStringList{u8"add [name] · start · pause · toggle <t>",
-                                                 u8"reset <t> · rm <t> · rename <t> <name>",
-                                                 u8"set <t> 1:30:00 | +15m | -5m · mv <t> <pos>",
-                                                 u8"undo · redo · style <name> · clear · exit",
-                                                 u8"version · help",
-                                                 u8"<t> = number, name or all · ↑↓ history · tab"}));
-    }
-
     void tokenize_data()
     {
         table<QString, QStringList>({"line", "words"}, {

@@ -2,8 +2,10 @@
 // the blink rule and the invalid colours.
 #include "cursorblink.h"
 #include "editmask.h"
+#include "keys.h"
 #include "maskkeycatcher.h"
 #include "modelfixture.h"
+#include "table.h"
 #include "terminalcursor.h"
 #include "theme.h"
 
@@ -14,6 +16,7 @@
 #include <QtTest>
 
 using namespace tock;
+using namespace tock::testing;
 
 namespace {
 
@@ -46,36 +49,6 @@ protected:
             ++passed;
     }
 };
-
-struct Key {
-    Qt::Key key;
-    Qt::KeyboardModifiers mods = Qt::NoModifier;
-};
-
-Key parseKey(const QString &word)
-{
-    static const QHash<QString, Key> named{
-        {"Ret", {Qt::Key_Return}},       {"Enter", {Qt::Key_Enter, Qt::KeypadModifier}},
-        {"Esc", {Qt::Key_Escape}},       {"Tab", {Qt::Key_Tab}},
-        {"S-Tab", {Qt::Key_Backtab, Qt::ShiftModifier}},
-        {"ShiftTab", {Qt::Key_Tab, Qt::ShiftModifier}},
-        {"Left", {Qt::Key_Left}},        {"Right", {Qt::Key_Right}},
-        {"Up", {Qt::Key_Up}},            {"Down", {Qt::Key_Down}},
-        {"BS", {Qt::Key_Backspace}},     {"Del", {Qt::Key_Delete}},
-        {"Home", {Qt::Key_Home}},        {"C-z", {Qt::Key_Z, Qt::ControlModifier}},
-        {"C-k", {Qt::Key_K, Qt::ControlModifier}},
-    };
-    return named.value(word, {Qt::Key_unknown});
-}
-
-void press(const QString &word)
-{
-    const Key k = parseKey(word);
-    if (k.key != Qt::Key_unknown)
-        QTest::keyClick(static_cast<QWidget *>(nullptr), k.key, k.mods);
-    else
-        QTest::keyClick(static_cast<QWidget *>(nullptr), word.at(0).toLatin1());
-}
 
 QString texts(const AppModel &m)
 {
@@ -119,67 +92,56 @@ private:
 private Q_SLOTS:
     void keyTable_data()
     {
-        QTest::addColumn<QString>("keys");
-        QTest::addColumn<QString>("texts");   // the draft afterwards, or "closed"
-        QTest::addColumn<int>("field");       // the cursor's field afterwards
-        QTest::addColumn<double>("seconds");  // the timer afterwards
-        QTest::addColumn<int>("beeps");
-        QTest::addColumn<int>("passed");      // keys that travelled on to the window
-        QTest::addColumn<int>("undos");       // the window's Ctrl+Z shortcut fired
-
-        // Typing, auto-advance and separators.
-        QTest::newRow("digits fill and advance") << "1 2 3 4 5" << "123|45|05" << 2 << 3725.0 << 0 << 0 << 0;
-        QTest::newRow("separator moves on") << "7 : 3" << "7|3|05" << 1 << 3725.0 << 0 << 0 << 0;
-        QTest::newRow("separator after advance") << "1 2 3 : 9" << "123|9|05" << 1 << 3725.0 << 0 << 0 << 0;
-        QTest::newRow("dot and space separate") << ". . 4" << "01|02|4" << 2 << 3725.0 << 0 << 0 << 0;
-        // Commit and cancel.
-        QTest::newRow("return commits") << "7 : 3 Ret" << "closed" << 1 << 25385.0 << 0 << 0 << 0;
-        QTest::newRow("keypad enter commits") << "5 Enter" << "closed" << 0 << 18125.0 << 0 << 0 << 0;
-        QTest::newRow("closed mask lets keys pass") << "5 Ret 7" << "closed" << 0 << 18125.0 << 0 << 1 << 0;
-        QTest::newRow("escape cancels") << "9 9 Esc" << "closed" << 0 << 3725.0 << 0 << 0 << 0;
-        QTest::newRow("invalid entry stays open") << "Tab 7 5 Ret" << "01|75|05" << 2 << 3725.0 << 0 << 0 << 0;
-        // Moving, without wrapping either way.
-        QTest::newRow("tab stops at seconds") << "Tab Tab Tab 9" << "01|02|9" << 2 << 3725.0 << 0 << 0 << 0;
-        QTest::newRow("right stops at seconds") << "Right Right Right" << "01|02|05" << 2 << 3725.0 << 0 << 0 << 0;
-        QTest::newRow("backtab stops at hours") << "S-Tab Left 4" << "4|02|05" << 0 << 3725.0 << 0 << 0 << 0;
-        QTest::newRow("shift tab goes back") << "Tab Tab ShiftTab 8" << "01|8|05" << 1 << 3725.0 << 0 << 0 << 0;
-        QTest::newRow("right then left") << "Right Left 4" << "4|02|05" << 0 << 3725.0 << 0 << 0 << 0;
-        // Stepping wraps within a field only.
-        QTest::newRow("up steps") << "Up Up Right Down" << "03|01|05" << 1 << 3725.0 << 0 << 0 << 0;
-        QTest::newRow("down wraps hours") << "Down Down" << "999|02|05" << 0 << 3725.0 << 0 << 0 << 0;
-        QTest::newRow("stepped field is fresh") << "Up 7" << "7|02|05" << 0 << 3725.0 << 0 << 0 << 0;
-        // Both delete keys delete backwards, ahead of a window's Backspace shortcut.
-        QTest::newRow("backspace clears fresh") << "BS" << "|02|05" << 0 << 3725.0 << 0 << 0 << 0;
-        QTest::newRow("delete deletes backwards") << "Tab 4 Del" << "01||05" << 1 << 3725.0 << 0 << 0 << 0;
-        QTest::newRow("backspace after typing") << "1 2 BS" << "1|02|05" << 0 << 3725.0 << 0 << 0 << 0;
-        // Refused characters beep and are still consumed; keys without text travel on.
-        QTest::newRow("letter beeps") << "x" << "01|02|05" << 0 << 3725.0 << 1 << 0 << 0;
-        QTest::newRow("home passes") << "Home" << "01|02|05" << 0 << 3725.0 << 0 << 1 << 0;
-        // Command chords belong to the menus.
-        QTest::newRow("ctrl z is the window's") << "C-z" << "01|02|05" << 0 << 3725.0 << 0 << 0 << 1;
-        QTest::newRow("other chord passes") << "1 C-k" << "1|02|05" << 0 << 3725.0 << 0 << 1 << 0;
+        // The draft afterwards ("closed" once it ended), the cursor's field, the timer, the beeps,
+        // the keys that travelled on to the window and how often its Ctrl+Z shortcut fired.
+        table<QString, QString, int, double, int, int, int>(
+            {"keys", "texts", "field", "seconds", "beeps", "passed", "undos"}, {
+                // Typing, auto-advance and separators.
+                {"1 2 3 4 5", "123|45|05", 2, 3725.0, 0, 0, 0}, // digits fill and advance
+                {"7 : 3", "7|3|05", 1, 3725.0, 0, 0, 0}, // separator moves on
+                {"1 2 3 : 9", "123|9|05", 1, 3725.0, 0, 0, 0}, // separator after advance
+                {". . 4", "01|02|4", 2, 3725.0, 0, 0, 0}, // dot and space separate
+                // Commit and cancel.
+                {"7 : 3 Ret", "closed", 1, 25385.0, 0, 0, 0}, // return commits
+                {"5 Enter", "closed", 0, 18125.0, 0, 0, 0}, // keypad enter commits
+                {"5 Ret 7", "closed", 0, 18125.0, 0, 1, 0}, // closed mask lets keys pass
+                {"9 9 Esc", "closed", 0, 3725.0, 0, 0, 0}, // escape cancels
+                {"Tab 7 5 Ret", "01|75|05", 2, 3725.0, 0, 0, 0}, // invalid entry stays open
+                // Moving, without wrapping either way.
+                {"Tab Tab Tab 9", "01|02|9", 2, 3725.0, 0, 0, 0}, // tab stops at seconds
+                {"Right Right Right", "01|02|05", 2, 3725.0, 0, 0, 0}, // right stops at seconds
+                {"S-BTab Left 4", "4|02|05", 0, 3725.0, 0, 0, 0}, // backtab stops at hours
+                {"Tab Tab S-Tab 8", "01|8|05", 1, 3725.0, 0, 0, 0}, // shift tab goes back
+                {"Right Left 4", "4|02|05", 0, 3725.0, 0, 0, 0}, // right then left
+                // Stepping wraps within a field only.
+                {"Up Up Right Down", "03|01|05", 1, 3725.0, 0, 0, 0}, // up steps
+                {"Down Down", "999|02|05", 0, 3725.0, 0, 0, 0}, // down wraps hours
+                {"Up 7", "7|02|05", 0, 3725.0, 0, 0, 0}, // stepped field is fresh
+                // Both delete keys delete backwards, ahead of a window's Backspace shortcut.
+                {"BS", "|02|05", 0, 3725.0, 0, 0, 0}, // backspace clears fresh
+                {"Tab 4 Del", "01||05", 1, 3725.0, 0, 0, 0}, // delete deletes backwards
+                {"1 2 BS", "1|02|05", 0, 3725.0, 0, 0, 0}, // backspace after typing
+                // Refused characters beep and are still consumed; keys without text travel on.
+                {"x", "01|02|05", 0, 3725.0, 1, 0, 0}, // letter beeps
+                {"Home", "01|02|05", 0, 3725.0, 0, 1, 0}, // home passes
+                // Command chords belong to the menus.
+                {"M-z", "01|02|05", 0, 3725.0, 0, 0, 1}, // ctrl z is the window's
+                {"1 M-k", "1|02|05", 0, 3725.0, 0, 1, 0}, // other chord passes
+            });
     }
 
     void keyTable()
     {
         QFETCH(QString, keys);
-        QFETCH(QString, texts);
-        QFETCH(int, field);
-        QFETCH(double, seconds);
-        QFETCH(int, beeps);
-        QFETCH(int, passed);
-        QFETCH(int, undos);
-
         Scene s;
         QVERIFY(s.ready());
-        for (const QString &word : keys.split(' '))
-            press(word);
-        QCOMPARE(::texts(s.f.m()), texts);
-        QCOMPARE(int(s.mask->maskCursor().field), field);
-        QCOMPARE(s.f.elapsed(0), seconds);
-        QCOMPARE(s.beeps->count(), beeps);
-        QCOMPARE(s.host.passed, passed);
-        QCOMPARE(s.host.undos, undos);
+        typeKeys(keys);
+        QTEST(::texts(s.f.m()), "texts");
+        QTEST(int(s.mask->maskCursor().field), "field");
+        QTEST(s.f.elapsed(0), "seconds");
+        QTEST(int(s.beeps->count()), "beeps");
+        QTEST(s.host.passed, "passed");
+        QTEST(s.host.undos, "undos");
         QCOMPARE(s.host.erases, 0);
     }
 
@@ -192,7 +154,7 @@ private Q_SLOTS:
         QTest::mouseClick(s.mask, Qt::LeftButton, {}, QPoint(size.width() - 8, size.height() / 2));
         QCOMPARE(s.mask->maskCursor(), MaskCursor(TimeField::seconds, true));
         QVERIFY(s.keys()); // the click also brings the keys back
-        press("7");
+        typeKeys("7");
         QCOMPARE(texts(s.f.m()), QStringLiteral("01|02|7"));
     }
 
@@ -200,7 +162,7 @@ private Q_SLOTS:
     {
         Scene s;
         QVERIFY(s.ready());
-        press("Tab");
+        typeKeys("Tab");
         s.other->setFocus();
         QVERIFY(!s.keys());
         s.f.m().beginEdit(s.f.id(1));
@@ -251,9 +213,7 @@ private Q_SLOTS:
 
     void blockCaretHollowWhenInactive_data()
     {
-        QTest::addColumn<bool>("active");
-        QTest::newRow("active window: solid") << true;
-        QTest::newRow("inactive window: outline") << false;
+        table<bool>({"active"}, {{true}, {false}});
     }
 
     void blockCaretHollowWhenInactive()

@@ -3,6 +3,7 @@
 // window, where a swallowed scroll never reaches the views.
 #include "gesturerouter.h"
 #include "modelfixture.h"
+#include "table.h"
 
 #include <QtTest>
 
@@ -33,42 +34,38 @@ class GestureRouterTest : public QObject {
 private Q_SLOTS:
     void sequences_data()
     {
-        QTest::addColumn<QString>("setup");  // "hover N" or "reveal N" (then nothing hovered)
-        QTest::addColumn<QString>("events"); // b began, u:x,y changed, n:x,y changed with natural
-                                             // scrolling, e ended, m:x,y momentum, w:x,y phaseless,
-                                             // gap = the phaseless burst timed out
-        QTest::addColumn<int>("swallowed");
-        QTest::addColumn<int>("timers");
-        QTest::addColumn<int>("revealed"); // row index, or -1
-
-        // A 300-point row at zoom 1: past -36 reveals, past -150 deletes.
-        QTest::newRow("reveal") << "hover 0" << "b u:20,0 u:30,0 e" << 3 << 3 << 0;
-        QTest::newRow("snap back at -35") << "hover 0" << "b u:20,0 u:15,0 e" << 3 << 3 << -1;
-        QTest::newRow("past half deletes") << "hover 1" << "b u:100,0 u:60,0 e" << 3 << 2 << -1;
-        QTest::newRow("rightwards never moves") << "hover 0" << "b u:-80,0 e" << 2 << 3 << -1;
-        QTest::newRow("natural scrolling") << "hover 0" << "b n:-50,0 e" << 2 << 3 << 0;
-        QTest::newRow("vertical passes") << "hover 0" << "b u:0,20 u:60,0 e" << 0 << 3 << -1;
-        QTest::newRow("diagonal at the ratio is vertical") << "hover 0" << "b u:6,5 u:60,0 e" << 0 << 3 << -1;
-        QTest::newRow("just wider is horizontal") << "hover 0" << "b u:6.1,5 u:60,0 e" << 3 << 3 << 0;
-        QTest::newRow("small moves wait for an axis") << "hover 0" << "b u:2,0 u:2,0 u:40,0 e" << 2 << 3 << 0;
-        QTest::newRow("nothing hovered, nothing swiped") << "" << "b u:80,0 e" << 0 << 3 << -1;
-        QTest::newRow("revealed row is the target") << "reveal 2" << "b u:100,0 e" << 2 << 2 << -1;
-        QTest::newRow("momentum after a swipe is swallowed") << "hover 0" << "b u:50,0 e m:300,0 m:300,0 e" << 5 << 3 << 0;
-        QTest::newRow("momentum after a scroll passes") << "hover 0" << "b u:0,50 e m:0,30 e" << 0 << 3 << -1;
-        QTest::newRow("coasting ends the swipe") << "hover 0" << "b u:50,0 u:0,0 m:300,0 e" << 4 << 3 << 0;
-        QTest::newRow("burst reveals") << "hover 0" << "w:60,0 gap" << 1 << 3 << 0;
-        QTest::newRow("burst deletes") << "hover 0" << "w:60,0 w:60,0 w:60,0 gap" << 3 << 2 << -1;
-        QTest::newRow("vertical burst passes") << "hover 0" << "w:0,30 w:0,30 gap" << 0 << 3 << -1;
-        QTest::newRow("second burst goes on from the reveal") << "hover 0" << "w:40,0 gap w:70,0 gap" << 2 << 2 << -1;
-        QTest::newRow("each burst decides its axis") << "hover 0" << "w:0,30 gap w:50,0 gap" << 1 << 3 << 0;
+        // Setup: "hover N" or "reveal N" (then nothing hovered). Events: b began, u:x,y changed,
+        // n:x,y changed with natural scrolling, e ended, m:x,y momentum, w:x,y phaseless, gap =
+        // the phaseless burst timed out. Then the scrolls swallowed, the timers left and the
+        // revealed row (-1: none).
+        table<QString, QString, QString, int, int, int>({"case", "setup", "events", "swallowed", "timers", "revealed"}, {
+            // A 300-point row at zoom 1: past -36 reveals, past -150 deletes.
+            {"reveal", "hover 0", "b u:20,0 u:30,0 e", 3, 3, 0},
+            {"snap back at -35", "hover 0", "b u:20,0 u:15,0 e", 3, 3, -1},
+            {"past half deletes", "hover 1", "b u:100,0 u:60,0 e", 3, 2, -1},
+            {"rightwards never moves", "hover 0", "b u:-80,0 e", 2, 3, -1},
+            {"natural scrolling", "hover 0", "b n:-50,0 e", 2, 3, 0},
+            {"vertical passes", "hover 0", "b u:0,20 u:60,0 e", 0, 3, -1},
+            {"diagonal at the ratio is vertical", "hover 0", "b u:6,5 u:60,0 e", 0, 3, -1},
+            {"just wider is horizontal", "hover 0", "b u:6.1,5 u:60,0 e", 3, 3, 0},
+            {"small moves wait for an axis", "hover 0", "b u:2,0 u:2,0 u:40,0 e", 2, 3, 0},
+            {"nothing hovered, nothing swiped", "", "b u:80,0 e", 0, 3, -1},
+            {"revealed row is the target", "reveal 2", "b u:100,0 e", 2, 2, -1},
+            {"momentum after a swipe is swallowed", "hover 0", "b u:50,0 e m:300,0 m:300,0 e", 5, 3, 0},
+            {"momentum after a scroll passes", "hover 0", "b u:0,50 e m:0,30 e", 0, 3, -1},
+            {"coasting ends the swipe", "hover 0", "b u:50,0 u:0,0 m:300,0 e", 4, 3, 0},
+            {"burst reveals", "hover 0", "w:60,0 gap", 1, 3, 0},
+            {"burst deletes", "hover 0", "w:60,0 w:60,0 w:60,0 gap", 3, 2, -1},
+            {"vertical burst passes", "hover 0", "w:0,30 w:0,30 gap", 0, 3, -1},
+            {"second burst goes on from the reveal", "hover 0", "w:40,0 gap w:70,0 gap", 2, 2, -1},
+            {"each burst decides its axis", "hover 0", "w:0,30 gap w:50,0 gap", 1, 3, 0},
+        });
     }
 
     void sequences()
     {
         QFETCH(QString, setup);
         QFETCH(QString, events);
-        QFETCH(int, swallowed);
-        QFETCH(int, timers);
         QFETCH(int, revealed);
 
         ModelFixture f(WithStore::no);
@@ -104,8 +101,8 @@ private Q_SLOTS:
             took += router.handleScroll(s) ? 1 : 0;
         }
         f.advance(1); // the slide-out before a deletion
-        QCOMPARE(took, swallowed);
-        QCOMPARE(f.count(), qsizetype(timers));
+        QTEST(took, "swallowed");
+        QTEST(int(f.count()), "timers");
         QCOMPARE(m.revealedID(), revealed < 0 ? std::optional<QUuid>() : std::optional<QUuid>(ids.at(revealed)));
         QVERIFY(!m.swipeID());
     }

@@ -1,5 +1,6 @@
-// Icons: the names, words and bitmaps as tables, and how bitmaps and glyphs land on pixels.
+// Icons: the names, words and bitmaps in one table, and how bitmaps and glyphs land on pixels.
 #include "icons.h"
+#include "table.h"
 
 #include <QImage>
 #include <QPainter>
@@ -41,228 +42,171 @@ class IconsTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void namesAndWords_data();
-    void namesAndWords();
-    void bitmapShapes_data();
-    void bitmapShapes();
-    void bitmapTableDetails();
-    void pixelPathCoversExactlyTheLitCells_data();
-    void pixelPathCoversExactlyTheLitCells();
-    void pixelIconsAreSharpWhenScaled_data();
-    void pixelIconsAreSharpWhenScaled();
-    void vectorGlyphsStayInTheirBox();
-    void wordsFollowTheTheme();
+    // One row per name, in declaration order: its text, its word and its bitmap's size.
+    void namesWordsAndBitmaps_data()
+    {
+        using enum IconName;
+        table<QString, IconName, QString, QSize>({"raw", "name", "word", "cells"}, {
+            {"play", play, "start", {4, 7}},      {"pause", pause, "pause", {5, 7}},
+            {"reset", reset, "reset", {7, 7}},    {"plus", plus, "add", {7, 7}},
+            {"close", close, "esc", {7, 7}},      {"minimize", minimize, "_", {7, 7}},
+            {"check", check, "save", {7, 6}},     {"cancel", cancel, "esc", {7, 7}},
+            {"chevron", chevron, "v", {7, 5}},    {"undo", undo, "undo", {7, 7}},
+            {"styles", styles, "style", {7, 7}},  {"trash", trash, "del", {7, 7}},
+        });
+    }
+    void namesWordsAndBitmaps()
+    {
+        QFETCH(IconName, name);
+        QFETCH(QSize, cells);
+        QCOMPARE(allIconNames().at(QByteArray(QTest::currentDataTag()).split(' ').first().toInt() - 1), name);
+        QTEST(iconRawValue(name), "raw");
+        QTEST(IconButtonBody::word(name), "word");
+        const QStringList &rows = PixelIcon::rows(name);
+        QCOMPARE(PixelIcon::cells(rows), cells);
+        for (const QString &row : rows) {
+            QCOMPARE(row.size(), cells.width());
+            for (QChar c : row)
+                QVERIFY2(c == u'#' || c == u'.', qPrintable(row));
+        }
+        QVERIFY(litCells(rows) > 0);
+    }
+
+    void raggedAndEmptyRows()
+    {
+        QCOMPARE(PixelIcon::bitmaps().size(), allIconNames().size());
+        QCOMPARE(PixelIcon::cells({}), QSize(0, 0));
+        QCOMPARE(PixelIcon::cells({"##", "#...", ""}), QSize(4, 3));
+        QVERIFY(PixelIcon::path({}, 2).isEmpty());
+    }
+
+    void pixelPathCoversExactlyTheLitCells_data()
+    {
+        QTest::addColumn<QStringList>("rows");
+        for (IconName name : allIconNames())
+            QTest::newRow(qPrintable(iconRawValue(name))) << PixelIcon::rows(name);
+        QTest::newRow("ragged rows") << QStringList{"#", "###", "", "..#"};
+        QTest::newRow("a block") << QStringList{"###", "###"};
+        QTest::newRow("stacked runs that differ") << QStringList{"##..", "###.", "##.."};
+    }
+
+    void pixelPathCoversExactlyTheLitCells()
+    {
+        QFETCH(QStringList, rows);
+        const int s = 3;
+        const QPainterPath path = PixelIcon::path(rows, s);
+
+        // The pieces never overlap: their areas add up to the lit cells.
+        double area = 0;
+        for (const QPolygonF &polygon : path.toSubpathPolygons())
+            area += polygonArea(polygon);
+        QCOMPARE(area, double(litCells(rows) * s * s));
+
+        // And they cover exactly the lit cells, pixel for pixel.
+        const QSize cells = PixelIcon::cells(rows);
+        QImage image(cells * s + QSize(1, 1), QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        painter.fillPath(path, Qt::black);
+        painter.end();
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                const int r = y / s, c = x / s;
+                const bool lit = r < rows.size() && c < rows.at(r).size() && rows.at(r).at(c) == u'#';
+                QVERIFY2((image.pixel(x, y) == qRgb(0, 0, 0)) == lit,
+                         qPrintable(QStringLiteral("pixel %1,%2").arg(x).arg(y)));
+            }
+        }
+    }
+
+    void pixelIconsAreSharpWhenScaled_data()
+    {
+        table<qreal, qreal, QPointF>({"zoom", "dpr", "at"}, {{1.8, 2.0, {3.3, 5.7}}, {0.8, 1.0, {2.1, 1.45}}, {1.25, 1.5, {0.4, 0.9}}});
+    }
+
+    void pixelIconsAreSharpWhenScaled()
+    {
+        QFETCH(qreal, zoom);
+        QFETCH(qreal, dpr);
+        QFETCH(QPointF, at);
+        const QColor ink(0x0F, 0x38, 0x0F);
+        for (IconName name : allIconNames()) {
+            QImage image = canvas(QSize(40, 40), dpr);
+            QPainter painter(&image);
+            painter.setRenderHint(QPainter::Antialiasing);
+            painter.scale(zoom, zoom);
+            PixelIcon::paint(painter, PixelIcon::rows(name), QRectF(at, QSizeF(14, 14)), ink);
+            painter.end();
+
+            // Every pixel is either untouched or fully inked: no soft edges, no seams.
+            int inked = 0;
+            for (int y = 0; y < image.height(); ++y) {
+                for (int x = 0; x < image.width(); ++x) {
+                    const QRgb p = image.pixel(x, y);
+                    QVERIFY2(p == qRgb(255, 255, 255) || p == ink.rgb(), qPrintable(iconRawValue(name)));
+                    inked += p == ink.rgb();
+                }
+            }
+            const int deviceCell = std::max(1, qRound(2 * zoom * dpr));
+            QCOMPARE(inked, litCells(PixelIcon::rows(name)) * deviceCell * deviceCell);
+        }
+    }
+
+    void vectorGlyphsStayInTheirBox()
+    {
+        const qreal margin = VectorIcon::strokeWidth / 2;
+        const QRectF box(-margin, -margin, 1 + 2 * margin, 1 + 2 * margin);
+        for (IconName name : allIconNames()) {
+            const auto [fill, stroke] = VectorIcon::paths(name);
+            QVERIFY2(!fill.isEmpty() || !stroke.isEmpty(), qPrintable(iconRawValue(name)));
+            for (const QPainterPath &part : {fill, stroke}) {
+                const QRectF b = part.boundingRect();
+                QVERIFY2(part.isEmpty()
+                             || (b.left() >= box.left() && b.top() >= box.top()
+                                 && b.right() <= box.right() && b.bottom() <= box.bottom()),
+                         qPrintable(iconRawValue(name)));
+            }
+
+            // Drawn into a frame, the glyph inks pixels there and nowhere outside it.
+            QImage image = canvas(QSize(30, 30), 2);
+            QPainter painter(&image);
+            VectorIcon::paint(painter, name, QRectF(8, 8, 14, 14), Qt::black);
+            painter.end();
+            int inside = 0;
+            for (int y = 0; y < image.height(); ++y) {
+                for (int x = 0; x < image.width(); ++x) {
+                    if (image.pixel(x, y) == qRgb(255, 255, 255))
+                        continue;
+                    const QPointF p(x / 2.0, y / 2.0);
+                    QVERIFY2(QRectF(7, 7, 16, 16).contains(p), qPrintable(iconRawValue(name)));
+                    ++inside;
+                }
+            }
+            QVERIFY(inside > 20);
+        }
+    }
+
+    void wordsFollowTheTheme()
+    {
+        QCOMPARE(Icon::text(IconName::play, Theme::amber()), QStringLiteral("[start]"));
+        QCOMPARE(Icon::text(IconName::trash, Theme::shell()), QStringLiteral("del"));
+        QCOMPARE(Icon::naturalWidth(IconName::play, Theme::classic()), Theme::classic().iconSize);
+        const qreal plain = Icon::naturalWidth(IconName::play, Theme::shell());
+        QCOMPARE(plain, QFontMetricsF(Theme::shell().labelFont).horizontalAdvance("start"));
+        QVERIFY(Icon::naturalWidth(IconName::minimize, Theme::shell()) < plain);
+
+        // A word is not clipped by a frame narrower than itself.
+        QImage image = canvas(QSize(80, 20), 1);
+        QPainter painter(&image);
+        Icon::paint(painter, IconName::styles, Theme::shell(), QRectF(35, 2, 10, 16), Qt::black);
+        painter.end();
+        bool inkedOutsideFrame = false;
+        for (int y = 0; y < 20 && !inkedOutsideFrame; ++y)
+            for (int x = 0; x < 30; ++x)
+                inkedOutsideFrame = inkedOutsideFrame || image.pixel(x, y) != qRgb(255, 255, 255);
+        QVERIFY(inkedOutsideFrame);
+    }
 };
-
-void IconsTest::namesAndWords_data()
-{
-    QTest::addColumn<IconName>("name");
-    QTest::addColumn<QString>("raw");
-    QTest::addColumn<QString>("word");
-    QTest::newRow("play") << IconName::play << "play" << "start";
-    QTest::newRow("pause") << IconName::pause << "pause" << "pause";
-    QTest::newRow("reset") << IconName::reset << "reset" << "reset";
-    QTest::newRow("plus") << IconName::plus << "plus" << "add";
-    QTest::newRow("close") << IconName::close << "close" << "esc";
-    QTest::newRow("minimize") << IconName::minimize << "minimize" << "_";
-    QTest::newRow("check") << IconName::check << "check" << "save";
-    QTest::newRow("cancel") << IconName::cancel << "cancel" << "esc";
-    QTest::newRow("chevron") << IconName::chevron << "chevron" << "v";
-    QTest::newRow("undo") << IconName::undo << "undo" << "undo";
-    QTest::newRow("styles") << IconName::styles << "styles" << "style";
-    QTest::newRow("trash") << IconName::trash << "trash" << "del";
-}
-
-void IconsTest::namesAndWords()
-{
-    QFETCH(IconName, name);
-    QFETCH(QString, raw);
-    QFETCH(QString, word);
-    QCOMPARE(iconRawValue(name), raw);
-    QCOMPARE(IconButtonBody::word(name), word);
-}
-
-void IconsTest::bitmapShapes_data()
-{
-    QTest::addColumn<IconName>("name");
-    QTest::addColumn<QSize>("cells");
-    QTest::newRow("play") << IconName::play << QSize(4, 7);
-    QTest::newRow("pause") << IconName::pause << QSize(5, 7);
-    QTest::newRow("reset") << IconName::reset << QSize(7, 7);
-    QTest::newRow("plus") << IconName::plus << QSize(7, 7);
-    QTest::newRow("close") << IconName::close << QSize(7, 7);
-    QTest::newRow("minimize") << IconName::minimize << QSize(7, 7);
-    QTest::newRow("check") << IconName::check << QSize(7, 6);
-    QTest::newRow("cancel") << IconName::cancel << QSize(7, 7);
-    QTest::newRow("chevron") << IconName::chevron << QSize(7, 5);
-    QTest::newRow("undo") << IconName::undo << QSize(7, 7);
-    QTest::newRow("styles") << IconName::styles << QSize(7, 7);
-    QTest::newRow("trash") << IconName::trash << QSize(7, 7);
-}
-
-void IconsTest::bitmapShapes()
-{
-    QFETCH(IconName, name);
-    QFETCH(QSize, cells);
-    const QStringList &rows = PixelIcon::rows(name);
-    QCOMPARE(PixelIcon::cells(rows), cells);
-    for (const QString &row : rows) {
-        QCOMPARE(row.size(), cells.width());
-        for (QChar c : row)
-            QVERIFY2(c == u'#' || c == u'.', qPrintable(row));
-    }
-    QVERIFY(litCells(rows) > 0);
-}
-
-void IconsTest::bitmapTableDetails()
-{
-    QStringList order;
-    for (IconName name : allIconNames())
-        order << iconRawValue(name);
-    QCOMPARE(order.join(u' '), QStringLiteral("play pause reset plus close minimize check cancel "
-                                              "chevron undo styles trash"));
-    QCOMPARE(PixelIcon::bitmaps().size(), allIconNames().size());
-    QCOMPARE(PixelIcon::rows(IconName::play),
-             (QStringList{"#...", "##..", "###.", "####", "###.", "##..", "#..."}));
-    QCOMPARE(PixelIcon::rows(IconName::close), PixelIcon::rows(IconName::cancel));
-    QCOMPARE(PixelIcon::rows(IconName::minimize).last(), QStringLiteral("#######"));
-    QCOMPARE(litCells(PixelIcon::rows(IconName::minimize)), 7);
-    QCOMPARE(PixelIcon::cells({}), QSize(0, 0));
-    QCOMPARE(PixelIcon::cells({"##", "#...", ""}), QSize(4, 3));
-    QVERIFY(PixelIcon::path({}, 2).isEmpty());
-}
-
-void IconsTest::pixelPathCoversExactlyTheLitCells_data()
-{
-    QTest::addColumn<QStringList>("rows");
-    for (IconName name : allIconNames())
-        QTest::newRow(qPrintable(iconRawValue(name))) << PixelIcon::rows(name);
-    QTest::newRow("ragged rows") << QStringList{"#", "###", "", "..#"};
-    QTest::newRow("a block") << QStringList{"###", "###"};
-    QTest::newRow("stacked runs that differ") << QStringList{"##..", "###.", "##.."};
-}
-
-void IconsTest::pixelPathCoversExactlyTheLitCells()
-{
-    QFETCH(QStringList, rows);
-    const int s = 3;
-    const QPainterPath path = PixelIcon::path(rows, s);
-
-    // The pieces never overlap: their areas add up to the lit cells.
-    double area = 0;
-    for (const QPolygonF &polygon : path.toSubpathPolygons())
-        area += polygonArea(polygon);
-    QCOMPARE(area, double(litCells(rows) * s * s));
-
-    // And they cover exactly the lit cells, pixel for pixel.
-    const QSize cells = PixelIcon::cells(rows);
-    QImage image(cells * s + QSize(1, 1), QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::white);
-    QPainter painter(&image);
-    painter.fillPath(path, Qt::black);
-    painter.end();
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            const int r = y / s, c = x / s;
-            const bool lit = r < rows.size() && c < rows.at(r).size() && rows.at(r).at(c) == u'#';
-            QVERIFY2((image.pixel(x, y) == qRgb(0, 0, 0)) == lit,
-                     qPrintable(QStringLiteral("pixel %1,%2").arg(x).arg(y)));
-        }
-    }
-}
-
-void IconsTest::pixelIconsAreSharpWhenScaled_data()
-{
-    QTest::addColumn<qreal>("zoom");
-    QTest::addColumn<qreal>("dpr");
-    QTest::addColumn<QPointF>("at");
-    QTest::newRow("zoom 1.8, ratio 2") << 1.8 << 2.0 << QPointF(3.3, 5.7);
-    QTest::newRow("zoom 0.8, ratio 1") << 0.8 << 1.0 << QPointF(2.1, 1.45);
-    QTest::newRow("zoom 1.25, ratio 1.5") << 1.25 << 1.5 << QPointF(0.4, 0.9);
-}
-
-void IconsTest::pixelIconsAreSharpWhenScaled()
-{
-    QFETCH(qreal, zoom);
-    QFETCH(qreal, dpr);
-    QFETCH(QPointF, at);
-    const QColor ink(0x0F, 0x38, 0x0F);
-    for (IconName name : allIconNames()) {
-        QImage image = canvas(QSize(40, 40), dpr);
-        QPainter painter(&image);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.scale(zoom, zoom);
-        PixelIcon::paint(painter, PixelIcon::rows(name), QRectF(at, QSizeF(14, 14)), ink);
-        painter.end();
-
-        // Every pixel is either untouched or fully inked: no soft edges, no seams.
-        int inked = 0;
-        for (int y = 0; y < image.height(); ++y) {
-            for (int x = 0; x < image.width(); ++x) {
-                const QRgb p = image.pixel(x, y);
-                QVERIFY2(p == qRgb(255, 255, 255) || p == ink.rgb(), qPrintable(iconRawValue(name)));
-                inked += p == ink.rgb();
-            }
-        }
-        const int deviceCell = std::max(1, qRound(2 * zoom * dpr));
-        QCOMPARE(inked, litCells(PixelIcon::rows(name)) * deviceCell * deviceCell);
-    }
-}
-
-void IconsTest::vectorGlyphsStayInTheirBox()
-{
-    const qreal margin = VectorIcon::strokeWidth / 2;
-    const QRectF box(-margin, -margin, 1 + 2 * margin, 1 + 2 * margin);
-    for (IconName name : allIconNames()) {
-        const auto [fill, stroke] = VectorIcon::paths(name);
-        QVERIFY2(!fill.isEmpty() || !stroke.isEmpty(), qPrintable(iconRawValue(name)));
-        for (const QPainterPath &part : {fill, stroke}) {
-            const QRectF b = part.boundingRect();
-            QVERIFY2(part.isEmpty()
-                         || (b.left() >= box.left() && b.top() >= box.top()
-                             && b.right() <= box.right() && b.bottom() <= box.bottom()),
-                     qPrintable(iconRawValue(name)));
-        }
-
-        // Drawn into a frame, the glyph inks pixels there and nowhere outside it.
-        QImage image = canvas(QSize(30, 30), 2);
-        QPainter painter(&image);
-        VectorIcon::paint(painter, name, QRectF(8, 8, 14, 14), Qt::black);
-        painter.end();
-        int inside = 0;
-        for (int y = 0; y < image.height(); ++y) {
-            for (int x = 0; x < image.width(); ++x) {
-                if (image.pixel(x, y) == qRgb(255, 255, 255))
-                    continue;
-                const QPointF p(x / 2.0, y / 2.0);
-                QVERIFY2(QRectF(7, 7, 16, 16).contains(p), qPrintable(iconRawValue(name)));
-                ++inside;
-            }
-        }
-        QVERIFY(inside > 20);
-    }
-}
-
-void IconsTest::wordsFollowTheTheme()
-{
-    QCOMPARE(Icon::text(IconName::play, Theme::amber()), QStringLiteral("[start]"));
-    QCOMPARE(Icon::text(IconName::trash, Theme::shell()), QStringLiteral("del"));
-    QCOMPARE(Icon::naturalWidth(IconName::play, Theme::classic()), Theme::classic().iconSize);
-    const qreal plain = Icon::naturalWidth(IconName::play, Theme::shell());
-    QCOMPARE(plain, QFontMetricsF(Theme::shell().labelFont).horizontalAdvance("start"));
-    QVERIFY(Icon::naturalWidth(IconName::minimize, Theme::shell()) < plain);
-
-    // A word is not clipped by a frame narrower than itself.
-    QImage image = canvas(QSize(80, 20), 1);
-    QPainter painter(&image);
-    Icon::paint(painter, IconName::styles, Theme::shell(), QRectF(35, 2, 10, 16), Qt::black);
-    painter.end();
-    bool inkedOutsideFrame = false;
-    for (int y = 0; y < 20 && !inkedOutsideFrame; ++y)
-        for (int x = 0; x < 30; ++x)
-            inkedOutsideFrame = inkedOutsideFrame || image.pixel(x, y) != qRgb(255, 255, 255);
-    QVERIFY(inkedOutsideFrame);
-}
 
 QTEST_MAIN(IconsTest)
 #include "icons_test.moc"

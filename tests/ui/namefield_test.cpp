@@ -3,6 +3,7 @@
 #include "modelfixture.h"
 #include "namefield.h"
 #include "theme.h"
+#include "table.h"
 
 #include <QLineEdit>
 #include <QVBoxLayout>
@@ -44,11 +45,11 @@ private:
 private Q_SLOTS:
     void renameEnds_data()
     {
-        QTest::addColumn<QString>("end");
-        QTest::addColumn<QString>("name");
-        QTest::newRow("return commits") << "return" << "Reading";
-        QTest::newRow("focus loss commits") << "focus" << "Reading";
-        QTest::newRow("escape restores") << "escape" << "Deep work";
+        table<QString, QString, QString>({"case", "end", "name"}, {
+            {"return commits", "return", "Reading"},
+            {"focus loss commits", "focus", "Reading"},
+            {"escape restores", "escape", "Deep work"},
+        });
     }
 
     void renameEnds()
@@ -76,10 +77,10 @@ private Q_SLOTS:
 
     void clickAsksTheOpenTimeEdit_data()
     {
-        QTest::addColumn<QString>("minutes");
-        QTest::addColumn<bool>("renames");
-        QTest::newRow("invalid edit refuses") << "75" << false;
-        QTest::newRow("valid edit commits first") << "30" << true;
+        table<QString, QString, bool>({"case", "minutes", "renames"}, {
+            {"invalid edit refuses", "75", false},
+            {"valid edit commits first", "30", true},
+        });
     }
 
     void clickAsksTheOpenTimeEdit()
@@ -120,13 +121,13 @@ private Q_SLOTS:
 
     void shownText_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("shown"); // "…" alone: any text elided to the width
-        QTest::newRow("plain") << "Design" << "Design";
-        QTest::newRow("empty is untitled") << "" << "Untitled";
-        QTest::newRow("long is elided") << QString(200, 'W') << "…";
-        QTest::newRow("huge is elided") << QString(200000, QChar(0x05D0)) << "…";
-        QTest::newRow("emoji is elided") << QString::fromUtf8("🙂").repeated(5000) << "…";
+        table<QString, QString, QString>({"case", "name", "shown"}, {
+            {"plain", "Design", "Design"},
+            {"empty is untitled", "", "Untitled"},
+            {"long is elided", QString(200, 'W'), "…"},
+            {"huge is elided", QString(200000, QChar(0x05D0)), "…"},
+            {"emoji is elided", QString::fromUtf8("🙂").repeated(5000), "…"},
+        });
     }
 
     void shownText()

@@ -8,6 +8,7 @@
 #include "rowlist.h"
 #include "timerrow.h"
 #include "tockwindow.h"
+#include "table.h"
 
 #include <QtTest>
 
@@ -19,25 +20,23 @@ class RowDraggerTest : public QObject {
 private Q_SLOTS:
     void drags_data()
     {
-        QTest::addColumn<int>("row");
-        QTest::addColumn<QString>("path");  // moves after the press, "dx,dy" in rows (y) and points (x)
-        QTest::addColumn<QString>("setup"); // "reveal N" first
-        QTest::addColumn<QString>("names"); // the board afterwards
-        QTest::addColumn<int>("revealed");
-        QTest::addColumn<bool>("renaming");
-        QTest::addColumn<QString>("room"); // "B:0": while dragging, B stands where row 0 stood
-
-        QTest::newRow("down two places") << 0 << "0,0.5 0,1.2 0,2" << "" << "B C A" << -1 << false << "B:0 C:1";
-        QTest::newRow("up two places") << 2 << "0,-1 0,-2" << "" << "C A B" << -1 << false << "A:1 B:2";
-        QTest::newRow("past the end stops last") << 0 << "0,6" << "" << "B C A" << -1 << false << "";
-        QTest::newRow("a short drag stays") << 1 << "0,0.3" << "" << "A B C" << -1 << false << "";
-        QTest::newRow("left reveals") << 1 << "-20,0 -60,0" << "" << "A B C" << 1 << false << "";
-        QTest::newRow("far left deletes") << 1 << "-60,0 -250,0" << "" << "A C" << -1 << false << "";
-        QTest::newRow("right does nothing") << 1 << "60,0" << "" << "A B C" << -1 << false << "";
-        QTest::newRow("press elsewhere closes the reveal") << 2 << "" << "reveal 0" << "A B C" << -1 << false << "";
-        QTest::newRow("press on the revealed row keeps it") << 0 << "" << "reveal 0" << "A B C" << 0 << true << "";
-        QTest::newRow("drag from a name does not rename") << 0 << "0,1" << "name" << "B A C" << -1 << false << "B:0 C:2";
-        QTest::newRow("click on a name renames") << 0 << "" << "name" << "A B C" << -1 << true << "";
+        // The row pressed; the moves after the press ("dx,dy", x in points, y in rows); "reveal N"
+        // or "name" (press on the name) first; the board afterwards; the revealed row; whether a
+        // rename is open; where rows stood while dragging ("B:0": B where row 0 stood).
+        table<QString, int, QString, QString, QString, int, bool, QString>(
+            {"case", "row", "path", "setup", "names", "revealed", "renaming", "room"}, {
+            {"down two places", 0, "0,0.5 0,1.2 0,2", "", "B C A", -1, false, "B:0 C:1"},
+            {"up two places", 2, "0,-1 0,-2", "", "C A B", -1, false, "A:1 B:2"},
+            {"past the end stops last", 0, "0,6", "", "B C A", -1, false, ""},
+            {"a short drag stays", 1, "0,0.3", "", "A B C", -1, false, ""},
+            {"left reveals", 1, "-20,0 -60,0", "", "A B C", 1, false, ""},
+            {"far left deletes", 1, "-60,0 -250,0", "", "A C", -1, false, ""},
+            {"right does nothing", 1, "60,0", "", "A B C", -1, false, ""},
+            {"press elsewhere closes the reveal", 2, "", "reveal 0", "A B C", -1, false, ""},
+            {"press on the revealed row keeps it", 0, "", "reveal 0", "A B C", 0, true, ""},
+            {"drag from a name does not rename", 0, "0,1", "name", "B A C", -1, false, "B:0 C:2"},
+            {"click on a name renames", 0, "", "name", "A B C", -1, true, ""},
+        });
     }
 
     void drags()
@@ -47,7 +46,6 @@ private Q_SLOTS:
         QFETCH(QString, setup);
         QFETCH(QString, names);
         QFETCH(int, revealed);
-        QFETCH(bool, renaming);
         QFETCH(QString, room);
 
         ModelFixture f(WithStore::no);
@@ -93,7 +91,7 @@ private Q_SLOTS:
         QCOMPARE(f.names().join(' '), names);
         QCOMPARE(m.revealedID(), revealed < 0 ? std::optional<QUuid>() : std::optional<QUuid>(f.id(revealed)));
         NameField *name = list->row(f.id(0)) ? list->row(f.id(0))->nameField() : nullptr;
-        QCOMPARE(name && name->isEditing(), renaming);
+        QTEST(name && name->isEditing(), "renaming");
         if (names == "A C") {
             m.undoManager().undo();
             QCOMPARE(f.names().join(' '), QString("A B C"));

@@ -113,17 +113,9 @@ private Q_SLOTS:
 
     void aboutText()
     {
-        const QString folder = QDir::homePath() + "/.local/share/Tock";
-        const QList<QStringList> p = Dialogs::aboutParagraphs(folder);
-        QCOMPARE(p.size(), 3);
-        QCOMPARE(p.at(1), (QStringList{"Timers are saved in", "~/.local/share/Tock/"}));
+        // The data folder as the user knows it: under the home folder as "~", always with a slash.
+        QCOMPARE(Dialogs::aboutParagraphs(QDir::homePath() + "/.local/share/Tock").at(1).at(1), "~/.local/share/Tock/");
         QCOMPARE(Dialogs::aboutParagraphs("/srv/tock").at(1).at(1), QString("/srv/tock/"));
-#ifdef Q_OS_MACOS
-        QCOMPARE(p.at(2).at(0), QString("⌘N add · ⌘Z undo · ⌘1–⌘7 style · ⌘+ ⌘− ⌘0 size"));
-#else
-        QCOMPARE(p.at(2).at(0), QString("Ctrl+N add · Ctrl+Z undo · Ctrl+1–Ctrl+7 style · Ctrl++ Ctrl+− Ctrl+0 size"));
-#endif
-        QCOMPARE(p.at(2).mid(1), (QStringList{"Swipe left or ⌫ to delete · drag to reorder", "In Shell: type help"}));
     }
 
     // The question is asked without a nested loop; only "Start Fresh" goes on, Cancel leaves
