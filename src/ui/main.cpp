@@ -1,6 +1,7 @@
 // The tock executable: the window by default, the terminal with --shell, the self-check with
 // --selftest, still renders with --screenshots and the rendering benchmark with --bench. Only the modes that draw create a GUI
 // application, so the terminal and the self-check run without any display.
+#include "appinfo.h"
 #include "selftest.h"
 #include "startup.h"
 #include "store.h"
@@ -48,6 +49,10 @@ QStringList argumentsOf(int argc, char **argv)
 int main(int argc, char **argv)
 {
     const tock::StartupMode mode = tock::StartupMode::parse(argumentsOf(argc, argv));
+#ifdef TOCK_WITH_UI
+    // Before the GUI starts: the X11 platform takes the startup id out of the environment.
+    const tock::ActivationTokens launchTokens = tock::ActivationTokens::fromEnvironment();
+#endif
     const bool windowless = std::holds_alternative<tock::StartupMode::SelfTest>(mode.value)
                          || std::holds_alternative<tock::StartupMode::Shell>(mode.value);
 #ifdef TOCK_WITH_UI
@@ -63,10 +68,12 @@ int main(int argc, char **argv)
         }
         QApplication application(argc, argv);
         nameApplication();
+        // The Wayland app id: desktops match it to the installed entry, case-sensitively.
+        QGuiApplication::setDesktopFileName(tock::AppInfo::appId());
         tock::FontLoader::registerBundledFonts();
         tock::FontLoader::quietMissingScriptWarnings();
         return std::visit(
-            [](const auto &m) -> int {
+            [&launchTokens](const auto &m) -> int {
                 using M = std::decay_t<decltype(m)>;
                 if constexpr (std::is_same_v<M, tock::StartupMode::Bench>) {
                     QTextStream out(stdout);
@@ -77,7 +84,7 @@ int main(int argc, char **argv)
                     QTextStream err(stderr);
                     return tock::Screenshots::writeAll(m.directory, err);
                 } else {
-                    return tock::runWindow(tock::Store::defaultDirectory());
+                    return tock::runWindow(tock::Store::defaultDirectory(), launchTokens);
                 }
             },
             mode.value);

@@ -1,6 +1,7 @@
 #include "tockwindow.h"
 
 #include "draw.h"
+#include "platformwindow.h"
 #include "rootview.h"
 #include "theme.h"
 
@@ -9,6 +10,7 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <QScreen>
+#include <QTimer>
 #include <QWindow>
 
 #ifdef TOCK_HAVE_XCB
@@ -89,7 +91,20 @@ void TockWindow::fitToContent()
     } else {
         clearMask();
     }
+    applyInputRegion();
     update();
+}
+
+void TockWindow::applyInputRegion()
+{
+    // Clicks on the shadow margin belong to the windows behind.
+    if (margin_ == Margin::shadow && windowHandle())
+        setInputRegion(this, inputRegion());
+}
+
+QRegion TockWindow::inputRegion() const
+{
+    return margin_ == Margin::shadow ? QRegion(root_->geometry()) : QRegion(rect());
 }
 
 void TockWindow::paintEvent(QPaintEvent *event)
@@ -152,6 +167,8 @@ void TockWindow::showEvent(QShowEvent *event)
     if (QWindow *handle = windowHandle()) {
         connect(handle, &QWindow::screenChanged, this, &TockWindow::trackScreen, Qt::UniqueConnection);
     }
+    // The platform window takes a region only once its surface exists, just after this event.
+    QTimer::singleShot(0, this, &TockWindow::applyInputRegion);
     QWidget::showEvent(event);
 }
 
