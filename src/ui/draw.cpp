@@ -157,17 +157,22 @@ int gridCellsPerEm(const QFont &font)
     return 0;
 }
 
-// How much to enlarge or shrink a grid font so one cell of it is a whole number of device
-// pixels; absent for other fonts and under rotation.
+// How much to shrink a grid font so one cell of it is a whole number of device pixels; absent
+// for other fonts, under rotation and where that would shrink it too much.
 std::optional<qreal> wholeCellScale(const QPainter &painter, const QFont &font)
 {
     const int cells = gridCellsPerEm(font);
     const QTransform &t = painter.deviceTransform();
     if (cells == 0 || t.type() > QTransform::TxScale || font.pixelSize() <= 0)
         return std::nullopt;
-    // The nearest whole size, a half rounded down: text sized to fit stays near its measure.
+    // Only ever a little smaller: the layout measured the text at its own size, so a larger one
+    // would run into its neighbours, and much smaller would not read as the same type. Cells
+    // under a pixel, or too far above a whole one, stay as they are.
     const qreal cell = font.pixelSize() / qreal(cells) * t.m11();
-    return std::max<qreal>(1, std::ceil(cell - 0.5)) / cell;
+    const qreal whole = std::floor(cell + 1e-6);
+    if (whole < 1 || whole / cell < 0.8)
+        return std::nullopt;
+    return whole / cell;
 }
 
 // The grid font with its letter spacing made whole device pixels at `scale` device pixels per
@@ -209,9 +214,7 @@ void text(QPainter &painter, const QRectF &rect, Qt::Alignment alignment, const 
     const QFont font = onWholePixels(given, painter.deviceTransform().m11() * k);
     painter.setFont(font);
     const QFontMetricsF metrics(font);
-    // Elided by the size it was measured at: a text that fits is never cut for being drawn a
-    // fraction of a cell larger.
-    const QString shown = metrics.elidedText(string, Qt::ElideRight, (rect.width() + 1.5) / std::min<qreal>(k, 1));
+    const QString shown = metrics.elidedText(string, Qt::ElideRight, (rect.width() + 1.5) / k);
     // A grid font is drawn a little larger or smaller, from a whole device pixel, so each of its
     // cells covers whole pixels: strokes stay even at every zoom.
     const qreal width = metrics.horizontalAdvance(shown) * k;
@@ -244,7 +247,7 @@ void glowText(QPainter &painter, const QRectF &rect, Qt::Alignment alignment, co
     const qreal k = grid.value_or(1);
     const QFont font = grid ? onWholePixels(given, painter.deviceTransform().m11() * k) : given;
     painter.setFont(font);
-    const QString shown = QFontMetricsF(font).elidedText(string, Qt::ElideRight, (rect.width() + 1.5) / std::min<qreal>(k, 1));
+    const QString shown = QFontMetricsF(font).elidedText(string, Qt::ElideRight, (rect.width() + 1.5) / k);
     QStaticText laidOut(shown);
     laidOut.setTextFormat(Qt::PlainText);
     laidOut.prepare(painter.transform(), font);

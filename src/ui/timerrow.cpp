@@ -323,7 +323,9 @@ void DeleteReveal::paintEvent(QPaintEvent *)
     const QColor ink = t.revealInk.isValid() ? t.revealInk : QColor(Qt::white);
     const QString label = t.icons == IconKind::word ? Glyphs::word(t, Glyph::trash)
                                                     : Theme::applyCase(t.labelCase, QStringLiteral("Delete"));
-    Draw::text(painter, area, Qt::AlignCenter, label, t.revealFont.value_or(t.labelFont), ink);
+    // Centred in what is uncovered, so the word slides in with the row's edge.
+    const QRectF shown(uncovered_, area.top(), area.width() - uncovered_, area.height());
+    Draw::text(painter, shown, Qt::AlignCenter, label, t.revealFont.value_or(t.labelFont), ink);
 }
 
 void DeleteReveal::setUncovered(qreal left)
