@@ -36,6 +36,16 @@ QPointF originOf(const QWidget *widget, qreal zoom)
     return QPointF(widget->mapTo(widget->window(), QPoint(0, 0))) / zoom;
 }
 
+void setPixelGeometry(QWidget *widget, const QRect &geometry)
+{
+    const QSize old = widget->size();
+    widget->setGeometry(geometry);
+    if (!widget->isVisible() && old != geometry.size()) {
+        QResizeEvent event(geometry.size(), old);
+        QCoreApplication::sendEvent(widget, &event);
+    }
+}
+
 QPoint pixelOriginOf(const QWidget *widget)
 {
     return widget ? widget->mapTo(widget->window(), QPoint(0, 0)) : QPoint();
@@ -66,20 +76,16 @@ void View::setUnzoomedGeometry(const QRectF &rect)
     const int top = edge(rect.top(), base.y(), basePixels.y());
     const int right = edge(rect.right(), base.x(), basePixels.x());
     const int bottom = edge(rect.bottom(), base.y(), basePixels.y());
-    place(this, QRect(left, top, std::max(0, right - left), std::max(0, bottom - top)));
+    // Known before the resize event, so the children are laid out from the exact size.
     layoutRect_ = rect;
+    setPixelGeometry(this, QRect(left, top, std::max(0, right - left), std::max(0, bottom - top)));
 }
 
 void View::place(QWidget *widget, const QRect &geometry)
 {
     if (auto *view = qobject_cast<View *>(widget))
         view->layoutRect_.reset(); // placed in pixels: its place is exact
-    const QSize old = widget->size();
-    widget->setGeometry(geometry);
-    if (!widget->isVisible() && old != geometry.size()) {
-        QResizeEvent event(geometry.size(), old);
-        QCoreApplication::sendEvent(widget, &event);
-    }
+    setPixelGeometry(widget, geometry);
 }
 
 bool View::looksActive() const
