@@ -150,13 +150,13 @@ bool ControlClient::ping(const QString &path, int timeoutMs)
     return answer && answer->value(QStringLiteral("ok")).toBool();
 }
 
-std::optional<bool> ControlClient::raise(const QString &path, int timeoutMs)
+std::optional<bool> ControlClient::raise(const QString &path, int timeoutMs, const ActivationTokens &tokens)
 {
     const QDeadlineTimer deadline(timeoutMs);
     Exchange exchange;
     if (!exchange.connect(path, deadline))
         return std::nullopt;
-    const std::optional<QJsonObject> answer = exchange.ask(ControlSocket::raiseRequest(), deadline);
+    const std::optional<QJsonObject> answer = exchange.ask(ControlSocket::raiseRequest(tokens), deadline);
     if (!answer || !answer->value(QStringLiteral("ok")).isBool())
         return std::nullopt;
     return answer->value(QStringLiteral("ok")).toBool();

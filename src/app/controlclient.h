@@ -25,8 +25,8 @@ public:
     // True when a window at `path` answers.
     static bool ping(const QString &path, int timeoutMs = answerMs);
     // The window's answer to "come to the front" (false: it cannot raise itself); absent when
-    // no window answers within `timeoutMs`.
-    static std::optional<bool> raise(const QString &path, int timeoutMs = answerMs);
+    // no window answers within `timeoutMs`. `tokens` let the window take the focus.
+    static std::optional<bool> raise(const QString &path, int timeoutMs = answerMs, const ActivationTokens &tokens = {});
     // Has the window run each line in turn, stopping after the line that was `exit`. Absent
     // when no window answers within `timeoutMs`; nothing has run then. If the window stops
     // answering or refuses a line later on, the last reply is a failed error saying so.

@@ -161,7 +161,7 @@ void ControlServer::handle(Connection *connection, const QByteArray &line)
     } else if (op == QLatin1String("raise")) {
         const bool canRaise = bool(onRaise_);
         if (canRaise)
-            onRaise_();
+            onRaise_(ControlSocket::tokensFrom(*message));
         send(socket, ControlSocket::okReply(canRaise));
     } else if (op == QLatin1String("run") && message->value(QStringLiteral("line")).isString()) {
         const QString text = message->value(QStringLiteral("line")).toString();

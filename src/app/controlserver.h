@@ -42,8 +42,9 @@ public:
     QString errorString() const;
     const QString &path() const { return path_; }
 
-    // What a raise request does (show, raise, activate). Without it raise answers false.
-    void setOnRaise(std::function<void()> handler) { onRaise_ = std::move(handler); }
+    // What a raise request does (show, raise, activate, with the asker's tokens). Without it
+    // raise answers false.
+    void setOnRaise(std::function<void(const ActivationTokens &)> handler) { onRaise_ = std::move(handler); }
     // What a run request does. Without it every line fails.
     void setOnRun(std::function<Reply(const QString &line)> handler) { onRun_ = std::move(handler); }
 
@@ -72,7 +73,7 @@ private:
 
     QString path_;
     QLocalServer *server_;
-    std::function<void()> onRaise_;
+    std::function<void(const ActivationTokens &)> onRaise_;
     std::function<Reply(const QString &)> onRun_;
     int stallMs_ = defaultStallMs;
     int maxClients_ = defaultMaxClients;

@@ -119,9 +119,19 @@ QByteArray pingRequest()
     return line({{QStringLiteral("op"), QStringLiteral("ping")}});
 }
 
-QByteArray raiseRequest()
+QByteArray raiseRequest(const ActivationTokens &tokens)
 {
-    return line({{QStringLiteral("op"), QStringLiteral("raise")}});
+    QJsonObject message{{QStringLiteral("op"), QStringLiteral("raise")}};
+    if (!tokens.xdgActivationToken.isEmpty())
+        message.insert(QStringLiteral("token"), tokens.xdgActivationToken);
+    if (!tokens.startupId.isEmpty())
+        message.insert(QStringLiteral("startupId"), tokens.startupId);
+    return line(message);
+}
+
+ActivationTokens tokensFrom(const QJsonObject &message)
+{
+    return {message.value(QStringLiteral("token")).toString(), message.value(QStringLiteral("startupId")).toString()};
 }
 
 QByteArray runRequest(const QString &text)
@@ -179,3 +189,12 @@ std::optional<ControlReply> runReplyFrom(const QJsonObject &message)
 }
 
 } // namespace tock::ControlSocket
+
+namespace tock {
+
+ActivationTokens ActivationTokens::fromEnvironment()
+{
+    return {qEnvironmentVariable("XDG_ACTIVATION_TOKEN"), qEnvironmentVariable("DESKTOP_STARTUP_ID")};
+}
+
+} // namespace tock

@@ -7,7 +7,9 @@
 // send the next on the same connection.
 //
 //   requests   {"op":"ping"}                    is a window answering at all?
-//              {"op":"raise"}                   bring the window to the front
+//              {"op":"raise"}                   bring the window to the front; may carry the
+//                                               asker's "token" (XDG_ACTIVATION_TOKEN) and
+//                                               "startupId" (DESKTOP_STARTUP_ID)
 //              {"op":"run","line":"add Lunch"}  run one line as if typed at the prompt
 //   replies    {"ok":true}                      to ping and raise (false: this copy cannot raise)
 //              {"lines":["..."],"isError":false,"failed":false,"exit":false,"saved":true,"unsaved":[]}
@@ -44,6 +46,19 @@ struct ControlReply {
     bool operator==(const ControlReply &) const = default;
 };
 
+// What a desktop gave a second copy at launch so that the window it activates may take the
+// focus: a Wayland compositor's activation token and an X11 startup-notification id. The copy
+// that raises its window uses them instead of its own, which were used up at its start.
+struct ActivationTokens {
+    QString xdgActivationToken;
+    QString startupId;
+    bool operator==(const ActivationTokens &) const = default;
+
+    // From XDG_ACTIVATION_TOKEN and DESKTOP_STARTUP_ID; read them before the GUI starts, as it
+    // takes the startup id out of the environment.
+    static ActivationTokens fromEnvironment();
+};
+
 namespace ControlSocket {
 
 inline constexpr qsizetype maxLineBytes = 64 * 1024;
@@ -70,7 +85,7 @@ std::optional<uid_t> peerUser(qintptr socketDescriptor);
 
 // Messages, each already ended by a line feed.
 QByteArray pingRequest();
-QByteArray raiseRequest();
+QByteArray raiseRequest(const ActivationTokens &tokens = {});
 QByteArray runRequest(const QString &line);
 QByteArray okReply(bool ok);
 QByteArray runReply(const ControlReply &reply);
@@ -78,6 +93,8 @@ QByteArray refusal(const QString &reason);
 
 // One line without its line feed as a JSON object; absent when it is not one.
 std::optional<QJsonObject> decode(const QByteArray &line);
+// The tokens a raise request carries (empty strings where it has none).
+ActivationTokens tokensFrom(const QJsonObject &message);
 // A run reply; absent when `message` is not one.
 std::optional<ControlReply> runReplyFrom(const QJsonObject &message);
 

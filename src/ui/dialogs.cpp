@@ -61,6 +61,19 @@ QList<QStringList> aboutParagraphs(const QString &folder)
     };
 }
 
+namespace {
+
+// A dialog belongs to the window: parented to it (transient for it, so window managers and
+// compositors place it over the window, centred, and GNOME attaches a modal one), with a title
+// and a close button only. On desktops without server-side decorations Qt draws its own title
+// bar; it then offers no maximize button either.
+void belongToWindow(QMessageBox *box)
+{
+    box->setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint);
+}
+
+} // namespace
+
 QMessageBox *showAbout(QWidget *parent, const QString &folder)
 {
     const QList<QStringList> paragraphs = aboutParagraphs(folder);
@@ -71,6 +84,7 @@ QMessageBox *showAbout(QWidget *parent, const QString &folder)
     html += paragraph(paragraphs.at(2), small);
 
     auto *box = new QMessageBox(parent);
+    belongToWindow(box);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setObjectName(QStringLiteral("about"));
     box->setWindowTitle(QStringLiteral("About Tock"));
@@ -110,6 +124,7 @@ QMessageBox *askStartFresh(AppModel *model, QWidget *parent)
     }
     const Confirmation question = AppModel::startFreshQuestion();
     auto *box = new QMessageBox(parent);
+    belongToWindow(box);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setObjectName(QStringLiteral("startFresh"));
     box->setIcon(QMessageBox::Warning);

@@ -6,9 +6,11 @@
 #include <QWidget>
 
 #include <cmath>
+#include <optional>
 
 #include "overlays.h"
 #include "shapes.h"
+#include "view.h"
 
 namespace tock::Draw {
 
@@ -17,8 +19,40 @@ QPainterPath shape(const ShapeKind &kind, const QRectF &rect)
     return shapePath(kind, rect);
 }
 
-void panel(QPainter &painter, const QRectF &rect, const Panel &p)
+namespace {
+
+// `rect` with its edges on whole pixels of the painter's logical grid, which View::begin makes
+// the window's: a card, its border and its shadow then meet without a lighter seam. Left alone
+// under rotation or perspective (the split-flap tiles).
+QRectF snapped(const QPainter &painter, const QRectF &rect)
 {
+    const QTransform &t = painter.worldTransform();
+    if (t.type() > QTransform::TxScale)
+        return rect;
+    const QRectF mapped = t.mapRect(rect);
+    const QRectF pixels(QPointF(std::round(mapped.left()), std::round(mapped.top())),
+                        QPointF(std::round(mapped.right()), std::round(mapped.bottom())));
+    return t.inverted().mapRect(pixels);
+}
+
+// A length made a whole number (at least one) of the pixels `scale` says a point takes.
+qreal wholePixels(qreal length, qreal scale)
+{
+    return scale > 0 ? std::max<qreal>(1, std::round(length * scale)) / scale : length;
+}
+
+} // namespace
+
+void panel(QPainter &painter, const QRectF &unsnapped, const Panel &given)
+{
+    const QRectF rect = snapped(painter, unsnapped);
+    Panel p = given;
+    if (painter.worldTransform().type() <= QTransform::TxScale) {
+        // Shadows move by whole pixels, borders are whole device pixels wide.
+        p.shadowOffset = p.shadowOffset > 0 ? wholePixels(p.shadowOffset, painter.worldTransform().m11()) : 0;
+        if (p.borderWidth > 0)
+            p.borderWidth = wholePixels(p.borderWidth, painter.deviceTransform().m11());
+    }
     painter.save();
     painter.setPen(Qt::NoPen);
     const QPainterPath outline = shape(p.shape, rect);
@@ -111,23 +145,97 @@ QFont tracked(QFont font, qreal tracking)
     return font;
 }
 
-void text(QPainter &painter, const QRectF &rect, Qt::Alignment alignment, const QString &string, const QFont &font,
+namespace {
+
+// Cells to the em of Tock's own grid fonts (their glyph tables say so); 0 for any other font.
+int gridCellsPerEm(const QFont &font)
+{
+    if (font.family() == QLatin1String("TockPixel"))
+        return 8;
+    if (font.family() == QLatin1String("TockTerm"))
+        return 12;
+    return 0;
+}
+
+// How much to shrink a grid font so one cell of it is a whole number of device pixels; absent
+// for other fonts, under rotation and where that would shrink it too much.
+std::optional<qreal> wholeCellScale(const QPainter &painter, const QFont &font)
+{
+    const int cells = gridCellsPerEm(font);
+    const QTransform &t = painter.deviceTransform();
+    if (cells == 0 || t.type() > QTransform::TxScale || font.pixelSize() <= 0)
+        return std::nullopt;
+    // Only ever a little smaller: the layout measured the text at its own size, so a larger one
+    // would run into its neighbours, and much smaller would not read as the same type. Cells
+    // under a pixel, or too far above a whole one, stay as they are.
+    const qreal cell = font.pixelSize() / qreal(cells) * t.m11();
+    const qreal whole = std::floor(cell + 1e-6);
+    if (whole < 1 || whole / cell < 0.8)
+        return std::nullopt;
+    return whole / cell;
+}
+
+// The grid font with its letter spacing made whole device pixels at `scale` device pixels per
+// font pixel, so every glyph starts on a pixel.
+QFont onWholePixels(QFont font, qreal scale)
+{
+    if (font.letterSpacingType() == QFont::AbsoluteSpacing && font.letterSpacing() != 0)
+        font.setLetterSpacing(QFont::AbsoluteSpacing, std::round(font.letterSpacing() * scale) / scale);
+    return font;
+}
+
+// `at` moved to the nearest whole device pixel.
+QPointF onPixel(const QPainter &painter, QPointF at)
+{
+    const QTransform &device = painter.deviceTransform();
+    const QPointF pixel = device.map(at);
+    return device.inverted().map(QPointF(std::round(pixel.x()), std::round(pixel.y())));
+}
+
+} // namespace
+
+void text(QPainter &painter, const QRectF &rect, Qt::Alignment alignment, const QString &string, const QFont &given,
           const QColor &color)
 {
     painter.save();
-    painter.setFont(font);
     painter.setPen(color);
-    const QFontMetricsF metrics(font);
     // Widget edges are rounded to whole pixels and hinted text can be a little wider on screen
     // than measured, so a label sized to its text may get up to a pixel and a half less: draw it
     // whole rather than elide it for that.
-    const QString shown = metrics.elidedText(string, Qt::ElideRight, rect.width() + 1.5);
-    painter.drawText(rect, int(alignment) | Qt::TextSingleLine | Qt::TextDontClip, shown);
+    const std::optional<qreal> grid = wholeCellScale(painter, given);
+    if (!grid) {
+        painter.setFont(given);
+        const QString shown = QFontMetricsF(given).elidedText(string, Qt::ElideRight, rect.width() + 1.5);
+        painter.drawText(rect, int(alignment) | Qt::TextSingleLine | Qt::TextDontClip, shown);
+        painter.restore();
+        return;
+    }
+    const qreal k = *grid;
+    const QFont font = onWholePixels(given, painter.deviceTransform().m11() * k);
+    painter.setFont(font);
+    const QFontMetricsF metrics(font);
+    const QString shown = metrics.elidedText(string, Qt::ElideRight, (rect.width() + 1.5) / k);
+    // A grid font is drawn a little larger or smaller, from a whole device pixel, so each of its
+    // cells covers whole pixels: strokes stay even at every zoom.
+    const qreal width = metrics.horizontalAdvance(shown) * k;
+    const qreal height = metrics.height() * k;
+    QPointF at(rect.left(), rect.top() + metrics.ascent() * k);
+    if (alignment & Qt::AlignHCenter)
+        at.rx() += (rect.width() - width) / 2;
+    else if (alignment & Qt::AlignRight)
+        at.rx() += rect.width() - width;
+    if (alignment & Qt::AlignVCenter)
+        at.ry() += (rect.height() - height) / 2;
+    else if (alignment & Qt::AlignBottom)
+        at.ry() += rect.height() - height;
+    painter.translate(onPixel(painter, at));
+    painter.scale(k, k);
+    painter.drawText(QPointF(0, 0), shown);
     painter.restore();
 }
 
 void glowText(QPainter &painter, const QRectF &rect, Qt::Alignment alignment, const QString &string,
-              const QFont &font, const QColor &color)
+              const QFont &given, const QColor &color)
 {
     QColor halo = color;
     halo.setAlpha(38);
@@ -135,12 +243,15 @@ void glowText(QPainter &painter, const QRectF &rect, Qt::Alignment alignment, co
                                       {-0.8, -0.8}, {0.8, 0.8}, {-0.8, 0.8}, {0.8, -0.8}};
     // Laid out once and drawn nine times: a running time glows on every tick.
     painter.save();
+    const std::optional<qreal> grid = wholeCellScale(painter, given); // as in text()
+    const qreal k = grid.value_or(1);
+    const QFont font = grid ? onWholePixels(given, painter.deviceTransform().m11() * k) : given;
     painter.setFont(font);
-    const QString shown = QFontMetricsF(font).elidedText(string, Qt::ElideRight, rect.width() + 1.5);
+    const QString shown = QFontMetricsF(font).elidedText(string, Qt::ElideRight, (rect.width() + 1.5) / k);
     QStaticText laidOut(shown);
     laidOut.setTextFormat(Qt::PlainText);
     laidOut.prepare(painter.transform(), font);
-    const QSizeF size = laidOut.size();
+    const QSizeF size = laidOut.size() * k;
     QPointF at = rect.topLeft();
     if (alignment & Qt::AlignHCenter)
         at.rx() += (rect.width() - size.width()) / 2;
@@ -150,6 +261,12 @@ void glowText(QPainter &painter, const QRectF &rect, Qt::Alignment alignment, co
         at.ry() += (rect.height() - size.height()) / 2;
     else if (alignment & Qt::AlignBottom)
         at.ry() += rect.height() - size.height();
+    if (grid) {
+        painter.translate(onPixel(painter, at));
+        painter.scale(k, k);
+        at = QPointF(0, 0);
+        laidOut.prepare(painter.transform(), font);
+    }
     painter.setPen(halo);
     for (const QPointF &offset : offsets)
         painter.drawStaticText(at + offset, laidOut);
@@ -179,8 +296,15 @@ void Layer::paint(QWidget *widget, const QRegion &dirty, const QString &key, con
     const QTransform device = painter.deviceTransform();
     const qreal dpr = std::max(0.01, qRound(std::hypot(device.m11(), device.m12()) * 100) / 100.0);
     const QSize pixels = (QSizeF(widget->size()) * dpr).toSize();
-    if (key != key_ || image_.size() != pixels || image_.devicePixelRatio() != dpr) {
-        key_ = key;
+    // A view drawn shifted by a fraction of a pixel (View::begin) draws its layer again when
+    // that shift changes.
+    QString fullKey = key;
+    if (const auto *view = qobject_cast<const View *>(widget)) {
+        const QPointF shift = view->pixelShift();
+        fullKey += QStringLiteral("|%1,%2").arg(shift.x(), 0, 'f', 3).arg(shift.y(), 0, 'f', 3);
+    }
+    if (fullKey != key_ || image_.size() != pixels || image_.devicePixelRatio() != dpr) {
+        key_ = fullKey;
         image_ = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
         image_.setDevicePixelRatio(dpr);
         image_.fill(Qt::transparent);

@@ -1,6 +1,7 @@
 #include "footer.h"
 
 #include "draw.h"
+#include "rootview.h"
 
 #include <QEasingCurve>
 #include <QFontMetricsF>
@@ -138,9 +139,54 @@ qreal PromptView::lineHeight() const
     return std::ceil(QFontMetricsF(theme().nameFont).height() + 4);
 }
 
+QStringList PromptView::wrap(const QFont &font, const QString &line, qreal width)
+{
+    // Breaks after spaces, as a terminal would; a word wider than the line is cut by characters.
+    QStringList lines;
+    QString current;
+    QTextBoundaryFinder words(QTextBoundaryFinder::Line, line);
+    qsizetype start = 0;
+    const auto push = [&](const QString &piece) {
+        if (Draw::textWidth(font, (current + piece).trimmed()) <= width || current.isEmpty()) {
+            current += piece;
+        } else {
+            lines << current.trimmed();
+            current = piece;
+        }
+        while (Draw::textWidth(font, current.trimmed()) > width && current.size() > 1) {
+            qsizetype fit = current.size() - 1;
+            while (fit > 1 && Draw::textWidth(font, current.left(fit)) > width)
+                --fit;
+            lines << current.left(fit);
+            current = current.mid(fit);
+        }
+    };
+    while (start < line.size()) {
+        words.setPosition(start);
+        qsizetype end = words.toNextBoundary();
+        if (end <= start)
+            end = line.size();
+        push(line.mid(start, end - start));
+        start = end;
+    }
+    if (!current.trimmed().isEmpty() || lines.isEmpty())
+        lines << current.trimmed();
+    return lines;
+}
+
+QStringList PromptView::shownOutput() const
+{
+    const Theme &t = theme();
+    const qreal width = RootView::contentWidth - 2 * t.windowBorderWidth - 2 * t.contentPadding;
+    QStringList lines;
+    for (const QString &output : model()->shell().shellOutput())
+        lines << wrap(t.nameFont, output, width);
+    return lines;
+}
+
 qreal PromptView::preferredHeight() const
 {
-    return lineHeight() * (1 + model()->shell().shellOutput().size());
+    return lineHeight() * qreal(1 + shownOutput().size());
 }
 
 void PromptView::paintEvent(QPaintEvent *)
@@ -154,7 +200,7 @@ void PromptView::paintEvent(QPaintEvent *)
     const QFont font = t.nameFont;
     qreal y = area.top();
     const QColor outputInk = m->shell().shellOutputIsError() ? t.danger : t.muted;
-    for (const QString &output : m->shell().shellOutput()) {
+    for (const QString &output : shownOutput()) {
         Draw::text(painter, QRectF(area.left(), y, area.width(), line), Qt::AlignVCenter | Qt::AlignLeft, output, font,
                    outputInk);
         y += line;
@@ -208,6 +254,8 @@ Footer::Footer(AppModel *model, QWidget *parent)
     add_->setToolTip(addHelp(false));
     connect(add_, &ThemedButton::clicked, this, [this] { this->model()->addTimer(); });
     connect(toast_, &ToastView::faded, this, [this] {
+        // The add button had made room for the toast; it gets its label back once the toast is gone.
+        showAddLabel();
         relayout();
         Q_EMIT heightChanged();
     });
@@ -229,6 +277,13 @@ bool Footer::toastShown() const
     return model()->toast().has_value() || toast_->isVisible();
 }
 
+void Footer::showAddLabel()
+{
+    const Theme &t = theme();
+    add_->setText(t.addStyle == AddStyle::panel || !toastShown() ? QStringLiteral("Add timer") : QString());
+    add_->setAccessibleName(QStringLiteral("Add timer"));
+}
+
 qreal Footer::toastLine() const
 {
     const Theme &t = theme();
@@ -239,7 +294,8 @@ qreal Footer::preferredHeight() const
 {
     const Theme &t = theme();
     if (t.addStyle == AddStyle::prompt)
-        return t.contentPadding * 2 + prompt_->preferredHeight() + (toastShown() ? toastLine() : 0);
+        // The toast's line stays reserved, so the window keeps its height when a toast comes and goes.
+        return t.contentPadding * 2 + prompt_->preferredHeight() + toastLine();
     return t.contentPadding * 2 + t.buttonSize + keyRoom(t);
 }
 
@@ -249,7 +305,7 @@ void Footer::refresh()
     const bool prompt = t.addStyle == AddStyle::prompt;
     add_->setVisible(!prompt);
     prompt_->setVisible(prompt);
-    add_->setText(t.addStyle == AddStyle::panel || !toastShown() ? QStringLiteral("Add timer") : QString());
+    showAddLabel();
     relayout();
     update();
     prompt_->update();
@@ -259,9 +315,7 @@ void Footer::refresh()
 void Footer::followToast(bool animated)
 {
     toast_->follow(animated);
-    const Theme &t = theme();
-    add_->setText(t.addStyle == AddStyle::panel || !toastShown() ? QStringLiteral("Add timer") : QString());
-    add_->setAccessibleName(QStringLiteral("Add timer"));
+    showAddLabel();
     relayout();
     Q_EMIT heightChanged();
 }
@@ -275,10 +329,8 @@ void Footer::relayout()
     const QRectF inner(pad, pad, size.width() - 2 * pad, size.height() - 2 * pad);
     if (t.addStyle == AddStyle::prompt) {
         qreal top = inner.top();
-        if (toastShown()) {
-            toast_->setUnzoomedGeometry(QRectF(inner.left(), top, inner.width(), toastLine() - 4));
-            top += toastLine();
-        }
+        toast_->setUnzoomedGeometry(QRectF(inner.left(), top, inner.width(), toastLine() - 4));
+        top += toastLine();
         prompt_->setUnzoomedGeometry(QRectF(inner.left(), top, inner.width(), inner.bottom() - top));
         return;
     }

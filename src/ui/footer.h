@@ -44,6 +44,10 @@ public:
     PromptView(AppModel *model, QWidget *parent);
     static QString placeholder() { return QStringLiteral("type a command · help"); }
     qreal preferredHeight() const;
+    // The output lines as drawn: each wrapped to the prompt's width, none cut off.
+    QStringList shownOutput() const;
+    // `line` broken into lines no wider than `width` in `font`.
+    static QStringList wrap(const QFont &font, const QString &line, qreal width);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -77,6 +81,7 @@ protected:
 
 private:
     bool toastShown() const;
+    void showAddLabel();
     qreal toastLine() const;
     ThemedButton *add_;
     ToastView *toast_;

@@ -116,7 +116,7 @@ QSizeF RootView::contentSize() const
     qreal height = chrome + std::min(list, std::max<qreal>(heightCap_ - chrome, t.rowHeight + 2 * t.contentPadding));
     if (model()->styleMenuOpen()) {
         // The window grows to show the whole menu when the list is short.
-        const qreal menuBottom = inset() + t.titleHeight + menu_->preferredSize().height() + 4;
+        const qreal menuBottom = inset() + t.titleHeight + menu_->preferredSize().height() - menu_->shadowRoom().top() + 4;
         height = std::max(height, menuBottom + t.contentPadding);
     }
     return {contentWidth, std::ceil(height)};
@@ -157,12 +157,15 @@ void RootView::relayout()
     rows_->setUnzoomedGeometry(QRectF(b, y, width, std::max<qreal>(0, listBottom - y)));
     footer_->setUnzoomedGeometry(QRectF(b, listBottom, width, footerHeight));
 
+    const QMarginsF menuRoom = menu_->shadowRoom();
     const QSizeF menuSize = menu_->preferredSize();
+    const qreal bodyWidth = menuSize.width() - menuRoom.left() - menuRoom.right();
     const QRectF sb(title_->styleButton()->geometry().topLeft() / zoom(), title_->styleButton()->preferredSize());
-    // Right-aligned under the style button, inside the window.
-    qreal menuLeft = std::min(sb.right() + b - menuSize.width(), size.width() - b - menuSize.width() - 4);
+    // The body right-aligned under the style button, inside the window; its shadow may reach out.
+    qreal menuLeft = std::min(sb.right() + b - bodyWidth, size.width() - b - bodyWidth - 4);
     menuLeft = std::max(menuLeft, b + 4);
-    menu_->setUnzoomedGeometry(QRectF(QPointF(menuLeft, b + sb.bottom() + 4), menuSize));
+    menu_->setUnzoomedGeometry(
+        QRectF(QPointF(menuLeft - menuRoom.left(), b + sb.bottom() + 4 - menuRoom.top()), menuSize));
     scrim_->setUnzoomedGeometry(unzoomedRect());
     overlay_->setUnzoomedGeometry(QRectF(b, b, width, size.height() - 2 * b));
     overlay_->setVisible(t.overlay != Theme::Overlay::none);

@@ -70,6 +70,15 @@ void RowList::hoverUnderPointer()
     }
 }
 
+void RowList::leaveEvent(QEvent *event)
+{
+    // A row hovered by hoverUnderPointer() was never entered, so it gets no leave event of its
+    // own: the list clears the hover when the pointer leaves it.
+    if (model()->hoveredID())
+        model()->setHoveredID(std::nullopt);
+    View::leaveEvent(event);
+}
+
 qreal RowList::contentHeight() const
 {
     const Theme &t = theme();

@@ -33,6 +33,7 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+    void leaveEvent(QEvent *event) override;
 
 private:
     qreal maxScroll() const;

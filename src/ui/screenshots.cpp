@@ -99,8 +99,16 @@ const QStringList &scenes()
         QStringLiteral("main"),  QStringLiteral("edit"),     QStringLiteral("menu"),       QStringLiteral("toast"),
         QStringLiteral("invalid"), QStringLiteral("notice"), QStringLiteral("zoom"),       QStringLiteral("swipe"),
         QStringLiteral("swipe-long"), QStringLiteral("inactive"), QStringLiteral("long"), QStringLiteral("edit-long"),
+        QStringLiteral("default"),
     };
     return names;
+}
+
+qreal pixelRatio(const QString &scene)
+{
+    // The default size on an ordinary screen, where every point is 0.8 of a pixel, shows most
+    // plainly whether edges and pixel fonts land on whole pixels.
+    return scene == QLatin1String("default") ? 1 : 2;
 }
 
 Services stillServices()
@@ -133,6 +141,8 @@ std::unique_ptr<AppModel> sceneModel(const QString &scene, StyleID style, UndoMa
         model->reset(design);
     } else if (scene == QLatin1String("zoom")) {
         model->setZoom(1.8);
+    } else if (scene == QLatin1String("default")) {
+        model->setZoom(AppModel::defaultZoom);
     } else if (scene == QLatin1String("swipe")) {
         model->beginSwipe(design);
         model->swipe(-40);
@@ -192,14 +202,15 @@ int writeAll(const QString &directory, QTextStream &err)
             std::unique_ptr<AppModel> model = sceneModel(scene, style, undo);
             const std::optional<TimeField> cursor =
                 scene == QLatin1String("edit") ? std::optional<TimeField>(TimeField::minutes) : std::nullopt;
-            const QImage image = render(*model, 2, scene == QLatin1String("inactive"), cursor);
+            const qreal ratio = pixelRatio(scene);
+            const QImage image = render(*model, ratio, scene == QLatin1String("inactive"), cursor);
             const QString file = raw + QLatin1Char('/') + scene + QStringLiteral(".png");
             if (!image.save(root.filePath(file))) {
                 err << "tock: could not write " << root.filePath(file) << '\n';
                 return 1;
             }
-            html += QStringLiteral("<td><img src=\"") + file + QStringLiteral("\" alt=\"") + raw + QLatin1Char(' ')
-                  + scene + QStringLiteral("\"></td>");
+            html += QStringLiteral("<td><img src=\"") + file + QStringLiteral("\" alt=\"") + raw + QLatin1Char(' ') + scene
+                  + (ratio == 1 ? QStringLiteral("\" style=\"width:auto\"></td>") : QStringLiteral("\"></td>"));
         }
         html += QStringLiteral("</tr>\n");
     }

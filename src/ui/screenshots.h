@@ -19,6 +19,9 @@ namespace Screenshots {
 
 // The scene names, in the order the index shows them.
 const QStringList &scenes();
+// The device pixel ratio a scene is written at: 2, or 1 for "default" (the default zoom on an
+// ordinary screen).
+qreal pixelRatio(const QString &scene);
 
 // Services for a still scene: a clock stopped at one instant, a scheduler that never runs
 // anything and settings kept in memory.

@@ -122,10 +122,13 @@ StyleMenuItem *StyleMenu::item(StyleID style) const
     return nullptr;
 }
 
-qreal StyleMenu::shadowRoom() const
+QMarginsF StyleMenu::shadowRoom() const
 {
     const Theme &t = theme();
-    return t.menuHardShadow ? t.shadowOffset : 0;
+    // The soft shadow spreads about 10 points each way and sinks 3.
+    const QMarginsF soft = t.menuSoftShadow ? QMarginsF(10, 7, 10, 13) : QMarginsF();
+    const qreal hard = t.menuHardShadow ? t.shadowOffset : 0;
+    return {soft.left(), soft.top(), std::max(soft.right(), hard), std::max(soft.bottom(), hard)};
 }
 
 QSizeF StyleMenu::preferredSize() const
@@ -136,16 +139,18 @@ QSizeF StyleMenu::preferredSize() const
         widest = std::max(widest, Draw::textWidth(t.sbFont, Theme::applyCase(t.labelCase, StyleIDs::displayName(style))));
     const qreal width = std::max<qreal>(150, widest + markerWidth + 2 * menuPadding + 16);
     const qreal height = items_.size() * t.menuRowHeight + 2 * menuPadding;
-    return {width + shadowRoom(), height + shadowRoom()};
+    const QMarginsF room = shadowRoom();
+    return {width + room.left() + room.right(), height + room.top() + room.bottom()};
 }
 
 void StyleMenu::relayout()
 {
     const Theme &t = theme();
-    const qreal width = unzoomedSize().width() - shadowRoom() - 2 * menuPadding;
-    qreal y = menuPadding;
+    const QMarginsF room = shadowRoom();
+    const qreal width = unzoomedSize().width() - room.left() - room.right() - 2 * menuPadding;
+    qreal y = room.top() + menuPadding;
     for (StyleMenuItem *item : items_) {
-        item->setUnzoomedGeometry(QRectF(menuPadding, y, width, t.menuRowHeight));
+        item->setUnzoomedGeometry(QRectF(room.left() + menuPadding, y, width, t.menuRowHeight));
         item->update();
         y += t.menuRowHeight;
     }
@@ -162,7 +167,7 @@ void StyleMenu::paintEvent(QPaintEvent *)
     QPainter painter(this);
     begin(painter);
     const Theme &t = theme();
-    const QRectF body = unzoomedRect().adjusted(0, 0, -shadowRoom(), -shadowRoom());
+    const QRectF body = unzoomedRect().marginsRemoved(shadowRoom());
     Draw::Panel panel;
     panel.fill = panel.fill2 = t.menuFill;
     panel.border = t.menuBorder;
@@ -171,6 +176,7 @@ void StyleMenu::paintEvent(QPaintEvent *)
     panel.hardShadow = t.menuHardShadow;
     panel.shadowColor = t.hardShadowColor;
     panel.shadowOffset = t.shadowOffset;
+    panel.softShadow = t.menuSoftShadow;
     Draw::panel(painter, body, panel);
 }
 

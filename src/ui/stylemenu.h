@@ -32,6 +32,8 @@ public:
     StyleMenu(AppModel *model, QWidget *parent);
     // The menu's size in unzoomed points, its shadow included.
     QSizeF preferredSize() const;
+    // The room around the menu's body for its shadow, in unzoomed points.
+    QMarginsF shadowRoom() const;
     void relayout();
     StyleMenuItem *item(StyleID style) const;
 
@@ -40,7 +42,6 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    qreal shadowRoom() const;
     QList<StyleMenuItem *> items_;
 };
 

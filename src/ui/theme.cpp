@@ -537,6 +537,7 @@ Theme buildBraun()
 
     t.shadowOffset = 2; // the depth of a key's lip
     t.ruleInk = edge;
+    t.revealFont = calculatorDigits(13);
     return t;
 }
 
@@ -680,6 +681,9 @@ Theme buildAmber()
     t.shadowOffset = 0;
     t.ruleInk = A::faint;
     t.bracketWords = true;
+    // Inverse video, so the uncovered word stands on its own ground.
+    t.revealFill = A::ink;
+    t.revealInk = A::bg;
     return t;
 }
 
@@ -971,6 +975,8 @@ Theme buildShell()
     t.shadowOffset = 0;
     t.ruleInk = QColor(0x14, 0x15, 0x18);
     t.leaderDots = true;
+    t.revealFill = T::red;
+    t.revealInk = T::bg;
     return t;
 }
 

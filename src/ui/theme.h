@@ -15,6 +15,8 @@
 #include <QList>
 #include <QString>
 
+#include <optional>
+
 namespace tock {
 
 // A shape used by the window, rows, wells, buttons, fields and menus.
@@ -244,6 +246,11 @@ struct Theme {
     QList<QColor> rowTints;    // when not empty, row i is filled with rowTints[i % size] (rowFillAt)
     bool leaderDots = false;   // dots between a row's name and its time
     bool bracketWords = false; // word icons are drawn as "[word]"
+    // The ground and ink of the delete a swipe uncovers (invalid: danger with white ink), and its
+    // font (unset: labelFont).
+    QColor revealFill;
+    QColor revealInk;
+    std::optional<QFont> revealFont;
 
     friend bool operator==(const Theme &, const Theme &) = default;
 

@@ -313,14 +313,27 @@ void DeleteReveal::paintEvent(QPaintEvent *)
     begin(painter);
     const Theme &t = theme();
     const QRectF area = unzoomedRect();
+    // Only the part the sliding face has uncovered is drawn: rows without a fill would otherwise
+    // show the delete through their own buttons.
+    painter.setClipRect(QRectF(uncovered_, area.top(), area.width() - uncovered_, area.height()));
     Draw::Panel panel;
-    panel.fill = panel.fill2 = t.icons == IconKind::word ? QColor(Qt::transparent) : t.danger;
+    panel.fill = panel.fill2 = t.revealFill.isValid() ? t.revealFill : t.danger;
     panel.shape = t.rowShape;
     Draw::panel(painter, area, panel);
-    const QColor ink = t.icons == IconKind::word ? t.danger : QColor(Qt::white);
+    const QColor ink = t.revealInk.isValid() ? t.revealInk : QColor(Qt::white);
     const QString label = t.icons == IconKind::word ? Glyphs::word(t, Glyph::trash)
                                                     : Theme::applyCase(t.labelCase, QStringLiteral("Delete"));
-    Draw::text(painter, area, Qt::AlignCenter, label, t.labelFont, ink);
+    // Centred in what is uncovered, so the word slides in with the row's edge.
+    const QRectF shown(uncovered_, area.top(), area.width() - uncovered_, area.height());
+    Draw::text(painter, shown, Qt::AlignCenter, label, t.revealFont.value_or(t.labelFont), ink);
+}
+
+void DeleteReveal::setUncovered(qreal left)
+{
+    if (uncovered_ == left)
+        return;
+    uncovered_ = left;
+    update();
 }
 
 void DeleteReveal::mouseReleaseEvent(QMouseEvent *event)
@@ -497,6 +510,7 @@ void TimerRow::relayout()
     const qreal revealWidth = AppModel::revealWidth;
     reveal_->setUnzoomedGeometry(QRectF(card.right() - revealWidth, 0, revealWidth, card.height()));
     reveal_->setVisible(offset_ < -0.5);
+    reveal_->setUncovered(std::max<qreal>(0, revealWidth + offset_));
     face_->setUnzoomedGeometry(QRectF(offset_, 0, size.width(), size.height()));
 
     const qreal mid = card.center().y();

@@ -55,6 +55,10 @@ class DeleteReveal : public View {
     Q_OBJECT
 public:
     DeleteReveal(AppModel *model, QWidget *parent, QUuid id);
+    // Where the sliding face's edge is, in unzoomed points from this view's left: only the part
+    // to the right of it is drawn.
+    void setUncovered(qreal left);
+    qreal uncovered() const { return uncovered_; }
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -62,6 +66,7 @@ protected:
 
 private:
     QUuid id_;
+    qreal uncovered_ = 0;
 };
 
 // A row of dots leading from the name to the time.

@@ -83,6 +83,13 @@ public:
     void relayout();
     // Where the title text goes, in unzoomed points: clear of the buttons on either side.
     QRectF titleRect() const;
+    // The title text and its menu mark as drawn, in unzoomed points: a click there opens the
+    // application's menu.
+    QRectF menuArea() const;
+
+Q_SIGNALS:
+    // The title was clicked: the menu should open at `globalPos` (below the title).
+    void menuRequested(QPoint globalPos);
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -94,6 +94,16 @@ TockMenus::TockMenus(AppModel *model, QWidget *window, MenuActions actions)
     bar_ = new QMenuBar(nullptr); // parentless: the one global menu bar
     for (QMenu *menu : std::as_const(menus_))
         bar_->addMenu(menu);
+#else
+    // Where the desktop shows a global menu (a registrar on the session bus), the menus are
+    // exported there too; otherwise the bar would be drawn inside the window, so it goes.
+    auto *bar = new QMenuBar(window);
+    if (bar->isNativeMenuBar()) {
+        for (QMenu *menu : std::as_const(menus_))
+            bar->addMenu(menu);
+    } else {
+        delete bar;
+    }
 #endif
     refreshUndo();
     refreshStyle();

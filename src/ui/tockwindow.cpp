@@ -3,6 +3,7 @@
 #include "dialogs.h"
 
 #include "draw.h"
+#include "platformwindow.h"
 #include "rootview.h"
 #include "theme.h"
 
@@ -12,6 +13,7 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <QScreen>
+#include <QTimer>
 #include <QWindow>
 
 #ifdef TOCK_HAVE_XCB
@@ -92,7 +94,20 @@ void TockWindow::fitToContent()
     } else {
         clearMask();
     }
+    applyInputRegion();
     update();
+}
+
+void TockWindow::applyInputRegion()
+{
+    // Clicks on the shadow margin belong to the windows behind.
+    if (margin_ == Margin::shadow && windowHandle())
+        setInputRegion(this, inputRegion());
+}
+
+QRegion TockWindow::inputRegion() const
+{
+    return margin_ == Margin::shadow ? QRegion(root_->geometry()) : QRegion(rect());
 }
 
 void TockWindow::paintEvent(QPaintEvent *event)
@@ -172,6 +187,8 @@ void TockWindow::showEvent(QShowEvent *event)
     if (QWindow *handle = windowHandle()) {
         connect(handle, &QWindow::screenChanged, this, &TockWindow::trackScreen, Qt::UniqueConnection);
     }
+    // The platform window takes a region only once its surface exists, just after this event.
+    QTimer::singleShot(0, this, &TockWindow::applyInputRegion);
     QWidget::showEvent(event);
 }
 

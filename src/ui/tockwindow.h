@@ -29,6 +29,8 @@ public:
     void setMargin(Margin margin);
     // The margin around the card in pixels at the current zoom.
     int marginPixels() const;
+    // Where the window takes pointer input: the card, not its shadow margin.
+    QRegion inputRegion() const;
     // Refits the window to the content (called when the content, zoom or screen changes).
     void fitToContent();
     // Every change shows at once; for still renders.
@@ -50,6 +52,7 @@ protected:
     void hideEvent(QHideEvent *event) override;
 
 private:
+    void applyInputRegion();
     AppModel *model_;
     RootView *root_;
     Margin margin_ = Margin::shadow;

@@ -24,18 +24,19 @@ QRect View::zoomedRect(const QRectF &rect) const
     return QRect(QPoint(left, top), QPoint(right - 1, bottom - 1));
 }
 
-void View::setUnzoomedGeometry(const QRectF &rect)
+namespace {
+
+// A widget's origin in the window: as the layout meant it for views, else where it is.
+QPointF originOf(const QWidget *widget, qreal zoom)
 {
-    // Edges rounded separately so neighbours share an edge without gaps at any zoom.
-    const qreal z = zoom();
-    const int left = int(std::lround(rect.left() * z));
-    const int top = int(std::lround(rect.top() * z));
-    const int right = int(std::lround(rect.right() * z));
-    const int bottom = int(std::lround(rect.bottom() * z));
-    place(this, QRect(left, top, std::max(0, right - left), std::max(0, bottom - top)));
+    if (!widget)
+        return {};
+    if (const auto *view = qobject_cast<const View *>(widget))
+        return view->layoutOrigin();
+    return QPointF(widget->mapTo(widget->window(), QPoint(0, 0))) / zoom;
 }
 
-void View::place(QWidget *widget, const QRect &geometry)
+void setPixelGeometry(QWidget *widget, const QRect &geometry)
 {
     const QSize old = widget->size();
     widget->setGeometry(geometry);
@@ -43,6 +44,48 @@ void View::place(QWidget *widget, const QRect &geometry)
         QResizeEvent event(geometry.size(), old);
         QCoreApplication::sendEvent(widget, &event);
     }
+}
+
+QPoint pixelOriginOf(const QWidget *widget)
+{
+    return widget ? widget->mapTo(widget->window(), QPoint(0, 0)) : QPoint();
+}
+
+} // namespace
+
+QPointF View::layoutOrigin() const
+{
+    const QPointF own = layoutRect_ ? layoutRect_->topLeft() : QPointF(pos()) / zoom();
+    return isWindow() ? QPointF() : originOf(parentWidget(), zoom()) + own;
+}
+
+QPointF View::pixelShift() const
+{
+    return layoutOrigin() * zoom() - QPointF(pixelOriginOf(this));
+}
+
+void View::setUnzoomedGeometry(const QRectF &rect)
+{
+    // Each edge is rounded once, in window coordinates, and made relative to the parent's
+    // rounded origin: rounding inside each parent again would let a child end a pixel past it.
+    const qreal z = zoom();
+    const QPointF base = originOf(parentWidget(), z);
+    const QPoint basePixels = pixelOriginOf(parentWidget());
+    const auto edge = [z](qreal at, qreal from, int fromPixels) { return int(std::lround((from + at) * z)) - fromPixels; };
+    const int left = edge(rect.left(), base.x(), basePixels.x());
+    const int top = edge(rect.top(), base.y(), basePixels.y());
+    const int right = edge(rect.right(), base.x(), basePixels.x());
+    const int bottom = edge(rect.bottom(), base.y(), basePixels.y());
+    // Known before the resize event, so the children are laid out from the exact size.
+    layoutRect_ = rect;
+    setPixelGeometry(this, QRect(left, top, std::max(0, right - left), std::max(0, bottom - top)));
+}
+
+void View::place(QWidget *widget, const QRect &geometry)
+{
+    if (auto *view = qobject_cast<View *>(widget))
+        view->layoutRect_.reset(); // placed in pixels: its place is exact
+    setPixelGeometry(widget, geometry);
 }
 
 bool View::looksActive() const
@@ -57,6 +100,9 @@ void View::begin(QPainter &painter)
 {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setRenderHint(QPainter::TextAntialiasing);
+    // Drawn where the layout meant the view to be, less than half a pixel from its rounded
+    // place, so shapes snapped to pixels (Draw::panel) land on the window's one pixel grid.
+    painter.translate(pixelShift());
     painter.scale(zoom(), zoom());
 }
 

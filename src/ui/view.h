@@ -9,6 +9,8 @@
 #include <QPainter>
 #include <QWidget>
 
+#include <optional>
+
 namespace tock {
 
 class View : public QWidget {
@@ -19,11 +21,18 @@ public:
     AppModel *model() const { return model_; }
     const Theme &theme() const { return Theme::of(model_->style()); }
     qreal zoom() const;
-    // The view's size in unzoomed points.
-    QSizeF unzoomedSize() const { return QSizeF(size()) / zoom(); }
+    // The view's size in unzoomed points: as the layout gave it, before rounding.
+    QSizeF unzoomedSize() const { return layoutRect_ ? layoutRect_->size() : QSizeF(size()) / zoom(); }
     QRectF unzoomedRect() const { return QRectF(QPointF(0, 0), unzoomedSize()); }
-    // Places the view at `rect` given in the parent's unzoomed points.
+    // Places the view at `rect` given in the parent's unzoomed points. Its edges are those of
+    // the whole window's layout rounded once to pixels, so neighbours and nested views agree.
     void setUnzoomedGeometry(const QRectF &rect);
+    // Where the layout put this view, in unzoomed points from the window's top left, before
+    // rounding.
+    QPointF layoutOrigin() const;
+    // How far, in pixels, the layout meant this view from where its rounded place put it (less
+    // than half a pixel each way); begin() draws shifted by it.
+    QPointF pixelShift() const;
     // Sets a widget's geometry and lays out its children at once, even while it is hidden (Qt
     // holds a hidden widget's resize event back until it is shown, and still renders and
     // measurements must not wait for that).
@@ -43,6 +52,7 @@ protected:
 
 private:
     AppModel *model_;
+    std::optional<QRectF> layoutRect_; // unzoomed, in the parent; unset when placed in pixels
 };
 
 } // namespace tock

@@ -5,6 +5,7 @@
 #include "controlsocket.h"
 #include "dialogs.h"
 #include "endingsignals.h"
+#include "platformwindow.h"
 #include "rootview.h"
 #include "startup.h"
 #include "store.h"
@@ -33,7 +34,7 @@ QString noDisplayMessage()
     return QStringLiteral("tock: no display available; run `tock --shell` to use your timers in this terminal");
 }
 
-int runWindow(const QString &directory)
+int runWindow(const QString &directory, const ActivationTokens &tokens)
 {
     AppSession session(directory, Services::real());
     const ControlSocket::Location location = ControlSocket::locate(directory);
@@ -41,7 +42,7 @@ int runWindow(const QString &directory)
     if (session.start() == AppSession::Start::alreadyRunning) {
         // The running copy comes to the front and this one leaves quietly; only a copy that
         // does not answer needs the alert.
-        if (ControlClient::raise(socket))
+        if (ControlClient::raise(socket, ControlClient::answerMs, tokens))
             return 0;
         Dialogs::showStartAlert(alreadyRunningTitle(), alreadyRunningText());
         return 3;
@@ -57,11 +58,7 @@ int runWindow(const QString &directory)
     QObject::connect(&model.shell(), &ShellSession::exitRequested, &window, [&window] { window.close(); }, Qt::QueuedConnection);
     new WindowInteraction(&model, &window, folder);
     ControlServer control(socket);
-    control.setOnRaise([&window] {
-        window.showNormal();
-        window.raise();
-        window.activateWindow();
-    });
+    control.setOnRaise([&window](const ActivationTokens &asker) { bringToFront(&window, asker); });
     control.setOnRun([&model](const QString &line) { return ControlServer::runOnModel(model, line); });
     // Without it scripting is off (said plainly here and by `tock --shell`); nothing else is lost.
     if (socket.isEmpty())

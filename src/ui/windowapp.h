@@ -2,6 +2,8 @@
 // window until it closes, then ends the session (timers paused and saved, lock released).
 #pragma once
 
+#include "controlsocket.h"
+
 #include <QString>
 
 namespace tock {
@@ -12,7 +14,8 @@ bool displayMissing();
 QString noDisplayMessage();
 
 // Runs the window over `directory`; a QApplication must exist. Returns the exit status:
-// 0 after a normal close, 3 when another copy holds the data folder.
-int runWindow(const QString &directory);
+// 0 after a normal close, 3 when another copy holds the data folder. When a copy already runs,
+// it is raised with `tokens`, this copy's launch tokens.
+int runWindow(const QString &directory, const ActivationTokens &tokens);
 
 } // namespace tock

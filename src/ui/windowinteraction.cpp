@@ -68,6 +68,8 @@ WindowInteraction::WindowInteraction(AppModel *model, TockWindow *window, QStrin
     menus_ = new TockMenus(model, window, actions);
 
     window->rootView()->titleBar()->installEventFilter(this);
+    connect(window->rootView()->titleBar(), &TitleBar::menuRequested, this,
+            [this](QPoint at) { menus_->contextMenu()->popup(at); });
     Dialogs::answerStartFresh(model, window);
 
     connect(window->windowHandle(), &QWindow::screenChanged, this, &WindowInteraction::followScreen);

@@ -1,5 +1,7 @@
 #include "windowmain.h"
 
+#include "appinfo.h"
+#include "controlsocket.h"
 #include "flipdemo.h"
 #include "fontloader.h"
 #include "renderbench.h"
@@ -19,6 +21,8 @@ int tockWindowMain(int argc, char **argv)
     for (int i = 1; i < argc; ++i)
         arguments.append(QString::fromLocal8Bit(argv[i]));
     const tock::StartupMode mode = tock::StartupMode::parse(arguments);
+    // Before the GUI starts: the X11 platform takes the startup id out of the environment.
+    const tock::ActivationTokens launchTokens = tock::ActivationTokens::fromEnvironment();
     if (std::holds_alternative<tock::StartupMode::Screenshots>(mode.value)
         || std::holds_alternative<tock::StartupMode::Bench>(mode.value)) {
         // Still renders and the benchmark need no screen; without one they draw offscreen.
@@ -31,10 +35,12 @@ int tockWindowMain(int argc, char **argv)
     QApplication application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Tock"));
     QCoreApplication::setApplicationName(QStringLiteral("Tock"));
+    // The Wayland app id: desktops match it to the installed entry, case-sensitively.
+    QGuiApplication::setDesktopFileName(tock::AppInfo::appId());
     tock::FontLoader::registerBundledFonts();
     tock::FontLoader::quietMissingScriptWarnings();
     return std::visit(
-        [](const auto &m) -> int {
+        [&launchTokens](const auto &m) -> int {
             using M = std::decay_t<decltype(m)>;
             if constexpr (std::is_same_v<M, tock::StartupMode::Bench>) {
                 QTextStream out(stdout);
@@ -45,7 +51,7 @@ int tockWindowMain(int argc, char **argv)
                 QTextStream err(stderr);
                 return tock::Screenshots::writeAll(m.directory, err);
             } else {
-                return tock::runWindow(tock::Store::defaultDirectory());
+                return tock::runWindow(tock::Store::defaultDirectory(), launchTokens);
             }
         },
         mode.value);

@@ -190,10 +190,14 @@ private Q_SLOTS:
         QVERIFY2(server.listen(), qPrintable(server.errorString()));
         const QString path = server.path();
         QCOMPARE(offThread([&] { return ControlClient::raise(path); }), std::optional<bool>(false));
-        int raised = 0;
-        server.setOnRaise([&] { ++raised; });
+        QList<ActivationTokens> raised;
+        server.setOnRaise([&](const ActivationTokens &tokens) { raised << tokens; });
         QCOMPARE(offThread([&] { return ControlClient::raise(path); }), std::optional<bool>(true));
-        QCOMPARE(raised, 1);
+        // The asker's tokens travel with the request, so the window may take the focus.
+        const ActivationTokens tokens{QStringLiteral("wl-token-1"), QStringLiteral("launcher-42_TIME1234")};
+        QCOMPARE(offThread([&] { return ControlClient::raise(path, ControlClient::answerMs, tokens); }),
+                 std::optional<bool>(true));
+        QCOMPARE(raised, (QList<ActivationTokens>{{}, tokens}));
         QTRY_COMPARE(server.clientCount(), 0);
     }
 

@@ -2,6 +2,7 @@
 // banner's buttons, the empty board shows only the hint and the footer, a tick repaints only
 // running time displays, a hidden window skips ticks and catches up, the zoom sizes it, a title
 // bar drag moves it and it fits itself to a new screen.
+#include "draw.h"
 #include "footer.h"
 #include "namefield.h"
 #include "modelfixture.h"
@@ -10,6 +11,7 @@
 #include "rowlist.h"
 #include "stylemenu.h"
 #include "table.h"
+#include "theme.h"
 #include "timerrow.h"
 #include "titlebar.h"
 #include "tockwindow.h"
@@ -96,6 +98,13 @@ struct Window {
 };
 
 } // namespace
+
+void allStyles()
+{
+    QTest::addColumn<StyleID>("style");
+    for (const StyleID style : StyleIDs::allCases())
+        QTest::newRow(qPrintable(StyleIDs::rawValue(style))) << style;
+}
 
 class WindowTest : public QObject {
     Q_OBJECT
@@ -364,6 +373,110 @@ private Q_SLOTS:
         const std::optional<Snapshot> saved = w.f.saved();
         QVERIFY(saved);
         QVERIFY(!saved->board().anyRunning());
+    }
+
+    void theAddButtonGetsItsLabelBackWhenTheToastGoes()
+    {
+        Window w(WithStore::yes);
+        w.window->setAnimated(true); // the label came back only when the toast went at once
+        ThemedButton *add = w.root()->footer()->addButton();
+        const qreal full = add->preferredSize().width();
+        w.f.set(1, 90);
+        w.f.m().reset(w.f.id(1));
+        QVERIFY(add->preferredSize().width() < full); // room for the toast
+        w.f.advance(13); // the toast times out
+        QVERIFY(!w.f.m().toast());
+        QTRY_COMPARE_WITH_TIMEOUT(add->preferredSize().width(), full, 5000);
+        QCOMPARE(add->accessibleName(), QStringLiteral("Add timer"));
+    }
+
+    void hoverEndsWhenThePointerLeavesTheList()
+    {
+        Window w;
+        // As after a deletion moved this row under a pointer standing still: hovered without
+        // the row ever being entered.
+        w.f.m().setHoveredID(w.f.id(1));
+        QEvent leave(QEvent::Leave);
+        QApplication::sendEvent(w.root()->rowList(), &leave);
+        QCOMPARE(w.f.m().hoveredID(), std::nullopt);
+    }
+
+    void shellOutputWrapsLongLines()
+    {
+        Window w;
+        w.f.m().setStyle(StyleID::shell);
+        w.f.m().promptInsert(QStringLiteral("help"));
+        w.f.m().promptRun();
+        settle(w.window.get());
+        PromptView *prompt = w.root()->footer()->promptView();
+        const QStringList shown = prompt->shownOutput();
+        QVERIFY(shown.size() > w.f.m().shellOutput().size());
+        const qreal width = prompt->width() / w.f.m().zoom();
+        for (const QString &line : shown)
+            QVERIFY2(Draw::textWidth(Theme::shell().nameFont, line) <= width, qPrintable(line));
+        // Nothing is lost: the words are those of the output, in order.
+        const auto words = [](const QStringList &lines) { return lines.join(' ').split(' ', Qt::SkipEmptyParts); };
+        QCOMPARE(words(shown), words(w.f.m().shellOutput()));
+        QVERIFY(prompt->height() / w.f.m().zoom() >= prompt->preferredHeight() - 1);
+    }
+
+    void theWindowKeepsItsHeightWhenAToastComesAndGoes_data() { allStyles(); }
+    void theWindowKeepsItsHeightWhenAToastComesAndGoes()
+    {
+        QFETCH(StyleID, style);
+        Window w(WithStore::yes);
+        w.f.m().setStyle(style);
+        w.f.set(1, 90);
+        settle(w.window.get());
+        const int height = w.window->height();
+        w.f.m().reset(w.f.id(1));
+        settle(w.window.get());
+        QVERIFY(w.f.m().toast());
+        QCOMPARE(w.window->height(), height);
+        w.f.advance(13);
+        settle(w.window.get());
+        QVERIFY(!w.f.m().toast());
+        QCOMPARE(w.window->height(), height);
+    }
+
+    void theSwipeRevealHasItsOwnGround_data() { allStyles(); }
+    void theSwipeRevealHasItsOwnGround()
+    {
+        QFETCH(StyleID, style);
+        Window w;
+        w.f.m().setStyle(style);
+        w.f.m().beginSwipe(w.f.id(1));
+        w.f.m().swipe(-40);
+        settle(w.window.get());
+        DeleteReveal *reveal = w.row(1)->deleteReveal();
+        QVERIFY(reveal->isVisible());
+        QImage image(reveal->size(), QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
+        reveal->render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
+        const qreal z = w.f.m().zoom();
+        const int edge = int(reveal->uncovered() * z);
+        QVERIFY(edge > 0 && edge < image.width());
+        const int y = image.height() / 2;
+        // Under the face nothing is drawn; the uncovered strip is opaque, whatever the row's fill.
+        for (int x = 0; x < edge - 1; ++x)
+            QCOMPARE(qAlpha(image.pixel(x, y)), 0);
+        QCOMPARE(qAlpha(image.pixel(image.width() - 12, y)), 255);
+    }
+
+    void aClickOnTheTitleOpensTheMenu_data() { allStyles(); }
+    void aClickOnTheTitleOpensTheMenu()
+    {
+        QFETCH(StyleID, style);
+        Window w;
+        w.f.m().setStyle(style);
+        settle(w.window.get());
+        TitleBar *bar = w.root()->titleBar();
+        QSignalSpy menu(bar, &TitleBar::menuRequested);
+        const QRect title = bar->zoomedRect(bar->menuArea());
+        QTest::mouseClick(bar, Qt::LeftButton, {}, title.center());
+        QCOMPARE(menu.count(), 1);
+        // It opens under the title.
+        QVERIFY(menu.at(0).at(0).toPoint().y() >= bar->mapToGlobal(title.bottomLeft()).y());
     }
 };
 
