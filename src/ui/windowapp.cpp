@@ -5,6 +5,7 @@
 #include "controlsocket.h"
 #include "dialogs.h"
 #include "endingsignals.h"
+#include "panelindicator.h"
 #include "rootview.h"
 #include "startup.h"
 #include "store.h"
@@ -60,6 +61,9 @@ int runWindow(const QString &directory)
     });
     control.setOnRun([&model](const QString &line) { return ControlServer::runOnModel(model, line); });
     control.listen(); // without it a second copy shows the alert instead; nothing else is lost
+    // PanelActions::report: the history's report item goes here.
+    PanelIndicator panel(&model, &window, PanelActions{});
+    panel.showInPanel();
     const EndingSignals closeOnSignal(&window, [&window] {
         window.close();
         QApplication::quit();

@@ -92,8 +92,10 @@ private Q_SLOTS:
         ModelFixture f;
         f.m().toggle(f.id(0));
         f.m().setWindowVisible(false);
+        QSignalSpy seconds(f.m().displayTick(), &DisplayTick::secondsChanged);
         f.advance(3.5);
         QCOMPARE(f.m().displayTick()->tick(), 0);
+        QCOMPARE(seconds.count(), 3); // what shows times outside the window still follows
         QCOMPARE(ModelProbe::shownValue(f.m(), f.id(0)), 3);
         QCOMPARE(f.saved()->timers.at(0).seconds, 3.0); // and saving
         f.m().setWindowVisible(true);
