@@ -67,8 +67,10 @@ void PanelHost::ask()
         const QDBusPendingReply<QDBusVariant> reply = *answer;
         if (reply.isError())
             noWatcher();
-        else if (reply.value().variant().toBool())
+        else if (reply.value().variant().toBool()) {
+            exported_ = true;
             found();
+        }
     });
 #endif
 }

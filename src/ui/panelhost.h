@@ -21,6 +21,9 @@ public:
     // A panel can show an indicator. Once true it stays true: Qt re-registers its item by
     // itself when the panel restarts.
     bool isPresent() const { return present_; }
+    // The panel draws Tock's menu from the labels Qt exports on the bus (status notifier), rather
+    // than showing the menu Qt draws (the older X11 tray, the macOS menu bar).
+    bool drawsExportedMenu() const { return exported_; }
 
 Q_SIGNALS:
     // The panel is there; emitted once, possibly from the constructor's event loop turn.
@@ -34,6 +37,7 @@ private:
     void noWatcher();
 
     bool present_ = false;
+    bool exported_ = false;
     bool askedXEmbed_ = false;
 };
 

@@ -90,6 +90,10 @@ void PanelIndicator::install()
     if (tray_)
         return;
     tray_ = new QSystemTrayIcon(this);
+    if (host_->drawsExportedMenu()) {
+        labels_ = Labels::exported;
+        refreshEntries();
+    }
     running_ = model_->board().anyRunning();
     tray_->setIcon(icon(*running_));
     tray_->setToolTip(tooltip_);
@@ -148,7 +152,7 @@ void PanelIndicator::refreshEntry(qsizetype index)
     const TimerItem &timer = model_->board().timers.at(index);
     QAction *entry = entries_.at(index);
     // Both setters do nothing when nothing changed, so an unchanged entry is not re-sent.
-    entry->setText(entryText(timer, model_->displayedSeconds(timer.id)));
+    entry->setText(entryText(timer, model_->displayedSeconds(timer.id), labels_));
     entry->setChecked(timer.isRunning());
 }
 
@@ -268,10 +272,11 @@ void PanelIndicator::paintIcon(QPainter &painter, const QRectF &rect, bool runni
 
     if (running) {
         painter.setBrush(go);
-        painter.drawEllipse(QPointF(47, 47), 15, 15);
+        painter.drawEllipse(QPointF(46, 46), 16, 16);
         painter.setPen(Qt::NoPen);
         painter.setBrush(paper);
-        const QPointF play[] = {{42, 38.5}, {42, 55.5}, {56, 47}};
+        // As large as the disc allows, so that it still reads as a triangle at 16 pixels.
+        const QPointF play[] = {{40, 36}, {40, 56}, {57, 46}};
         painter.drawPolygon(play, 3);
     }
     painter.restore();
@@ -296,9 +301,14 @@ QString PanelIndicator::toolTip(const AppModel &model)
     return lines.join(QLatin1Char('\n'));
 }
 
-QString PanelIndicator::entryText(const TimerItem &timer, int64_t seconds)
+QString PanelIndicator::entryText(const TimerItem &timer, int64_t seconds, Labels labels)
 {
-    return entryLine(timer, seconds).replace(QLatin1Char('&'), QLatin1String("&&"));
+    QString text = entryLine(timer, seconds).replace(QLatin1Char('&'), QLatin1String("&&"));
+    // Qt turns the first '&' into the exported access-key underscore itself ("&&" becomes "_&",
+    // shown as "&"), but passes an underscore of the name on as it is.
+    if (labels == Labels::exported)
+        text.replace(QLatin1Char('_'), QLatin1String("__"));
+    return text;
 }
 
 QImage PanelIndicator::still(AppModel &model, Panel panel, qreal pixelRatio)

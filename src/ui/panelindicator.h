@@ -70,9 +70,12 @@ public:
     // maxTooltipLines then how many more), or "Tock · no timer running".
     static QString toolTip(const AppModel &model);
     static constexpr int maxTooltipLines = 8;
-    // A timer's menu entry: its shown name, cut to 40 characters, and its time, with '&'
-    // doubled so the menu does not take it for a mnemonic.
-    static QString entryText(const TimerItem &timer, int64_t seconds);
+    // Whose menu shows the labels: Qt's own, or a panel's built from the exported labels, where
+    // a single underscore marks an access key.
+    enum class Labels { drawn, exported };
+    // A timer's menu entry: its shown name, cut to 40 characters, and its time, with '&' (and,
+    // exported, '_') doubled so no character of a name is taken for an access key.
+    static QString entryText(const TimerItem &timer, int64_t seconds, Labels labels = Labels::drawn);
 
     enum class Panel { light, dark };
     // A still of the indicator for screenshots: a strip of a light or dark panel with the icon
@@ -104,6 +107,7 @@ private:
     QAction *pauseAll_ = nullptr;
     QAction *windowItem_ = nullptr; // "Show Tock" / "Hide Tock"
     QString tooltip_;
+    Labels labels_ = Labels::drawn;
     std::optional<bool> running_; // what the icon shows
     std::optional<QPoint> hiddenAt_; // where the window was when the indicator hid it
 };

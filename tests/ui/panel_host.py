@@ -7,10 +7,12 @@ line on standard input; each gets one JSON line on standard output:
 
     watch           own the watcher's name, with a panel present
     items           the registered items ("bus-name/path")
+    tooltip         the first item's tooltip: its title and text
     item            Status, Title, ToolTip (its title and text) and the icon's sizes with a
                     digest of its pixels, of the first item
     menu            the first item's menu, as a panel opens it: AboutToShow, then GetLayout;
-                    a list of {id, label, toggle, enabled, visible}
+                    a list of {id, label, toggle, enabled, visible}, each label as a panel
+                    shows it (access-key underscores taken out)
     click LABEL     Event(id, "clicked") on the menu entry whose label starts with LABEL
     activate        a left click on the item (Activate)
     quit            leave
@@ -59,6 +61,20 @@ INTROSPECTION = """<!DOCTYPE node PUBLIC "-//freedesktop//DTD D-BUS Object Intro
   </interface>
 </node>
 """
+
+
+def shown(label):
+    """A menu label as a panel shows it: "__" is one underscore, a single one marks an access key."""
+    out, i = [], 0
+    while i < len(label):
+        if label[i] == "_":
+            if label[i + 1:i + 2] == "_":
+                out.append("_")
+            i += 2 if label[i + 1:i + 2] == "_" else 1
+            continue
+        out.append(label[i])
+        i += 1
+    return "".join(out)
 
 
 class Watcher(dbus.service.Object):
@@ -126,6 +142,9 @@ class Panel:
             return "ok"
         if word == "items":
             return list(self.watcher.items)
+        if word == "tooltip":
+            tip = self.prop(self.first_item(), ITEM, "ToolTip")
+            return [str(tip[2]), str(tip[3])]
         if word == "item":
             item = self.first_item()
             tip = self.prop(item, ITEM, "ToolTip")
@@ -169,7 +188,7 @@ class Panel:
                 continue
             entries.append({
                 "id": ident,
-                "label": str(props.get("label", "")),
+                "label": shown(str(props.get("label", ""))),
                 "toggle": int(props.get("toggle-state", -1)) if "toggle-type" in props else None,
                 "enabled": bool(props.get("enabled", True)),
                 "visible": bool(props.get("visible", True)),

@@ -92,6 +92,9 @@ private Q_SLOTS:
         QCOMPARE(entry(panel.menu(), "Fish")->text(), QString("Fish && Chips · 00:00:00"));
         QCOMPARE(entries(panel.menu()).at(1), QString("Untitled · 00:00:00"));
         QCOMPARE(entries(panel.menu()).at(2), QString(39, QChar('x')) + "… · 00:00:00");
+        // A panel drawing the exported labels takes a single underscore for an access key.
+        TimerItem underscored{QUuid::createUuid(), "a_b & c", 0, std::nullopt};
+        QCOMPARE(PanelIndicator::entryText(underscored, 61, PanelIndicator::Labels::exported), QString("a__b && c · 00:01:01"));
 
         f.m().setRunning({f.id(0), f.id(1)}, true);
         QCOMPARE(PanelIndicator::toolTip(f.m()), QString("Fish & Chips · 00:00:00\nUntitled · 00:00:00"));
