@@ -17,6 +17,8 @@
 #include <QSystemTrayIcon>
 #include <QWidget>
 
+#include <algorithm>
+
 namespace tock {
 
 namespace {

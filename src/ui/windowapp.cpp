@@ -61,7 +61,8 @@ int runWindow(const QString &directory)
     });
     control.setOnRun([&model](const QString &line) { return ControlServer::runOnModel(model, line); });
     control.listen(); // without it a second copy shows the alert instead; nothing else is lost
-    // PanelActions::report: the history's report item goes here.
+    // The report of the history opens from the panel too: set PanelActions::report here and
+    // the menu gets its "Report" item.
     PanelIndicator panel(&model, &window, PanelActions{});
     panel.showInPanel();
     const EndingSignals closeOnSignal(&window, [&window] {
