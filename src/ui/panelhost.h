@@ -26,7 +26,7 @@ public:
     bool drawsExportedMenu() const { return exported_; }
 
 Q_SIGNALS:
-    // The panel is there; emitted once, possibly from the constructor's event loop turn.
+    // The panel is there; emitted once, and never from inside the constructor.
     void appeared();
 
 private Q_SLOTS:
