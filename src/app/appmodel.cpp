@@ -368,8 +368,11 @@ void AppModel::onTick()
         }
     }
 
-    if (changed && windowVisible_)
-        displayTick_->advance();
+    if (changed) {
+        displayTick_->announceSeconds();
+        if (windowVisible_)
+            displayTick_->advance();
+    }
     if (at - lastSave_ >= saveFromTickAfter)
         save();
 }

@@ -90,8 +90,14 @@ public:
         ++tick_;
         Q_EMIT tickChanged(tick_);
     }
+    // A running timer's shown second changed, whether or not the window can be seen.
+    void announceSeconds() { Q_EMIT secondsChanged(); }
 Q_SIGNALS:
+    // The window's time displays redraw on this; it pauses while the window is hidden.
     void tickChanged(qint64 tick);
+    // At most once a tick, also while the window is hidden: for what shows the times outside
+    // the window (the panel indicator).
+    void secondsChanged();
 
 private:
     qint64 tick_ = 0;

@@ -1,6 +1,7 @@
 #include "screenshots.h"
 
 #include "editmask.h"
+#include "panelindicator.h"
 #include "rootview.h"
 #include "timeedit.h"
 #include "tockwindow.h"
@@ -214,7 +215,20 @@ int writeAll(const QString &directory, QTextStream &err)
         }
         html += QStringLiteral("</tr>\n");
     }
-    html += QStringLiteral("</table>\n");
+    // The panel indicator's icon and menu, in a light and in a dark panel.
+    html += QStringLiteral("<tr><th>Panel</th>");
+    for (const auto panel : {PanelIndicator::Panel::light, PanelIndicator::Panel::dark}) {
+        UndoManager undo;
+        std::unique_ptr<AppModel> model = sceneModel(QStringLiteral("main"), StyleID::classic, undo);
+        const QString file = panel == PanelIndicator::Panel::light ? QStringLiteral("panel/light.png")
+                                                                     : QStringLiteral("panel/dark.png");
+        if (!root.mkpath(QStringLiteral("panel")) || !PanelIndicator::still(*model, panel, 2).save(root.filePath(file))) {
+            err << "tock: could not write " << root.filePath(file) << '\n';
+            return 1;
+        }
+        html += QStringLiteral("<td><img src=\"") + file + QStringLiteral("\" alt=\"") + file + QStringLiteral("\"></td>");
+    }
+    html += QStringLiteral("</tr>\n</table>\n");
     QFile index(root.filePath(QStringLiteral("index.html")));
     if (!index.open(QIODevice::WriteOnly | QIODevice::Truncate) || index.write(html.toUtf8()) < 0) {
         err << "tock: could not write " << index.fileName() << '\n';

@@ -6,6 +6,7 @@
 #include "dialogs.h"
 #include "endingsignals.h"
 #include "platformwindow.h"
+#include "panelindicator.h"
 #include "rootview.h"
 #include "startup.h"
 #include "store.h"
@@ -67,6 +68,10 @@ int runWindow(const QString &directory, const ActivationTokens &tokens)
     else if (!control.listen())
         std::fprintf(stderr, "tock: scripting is off: %s\n", qPrintable(control.errorString()));
     // A signal (logging out) ends without asking, as the session has to end.
+    // The report of the history opens from the panel too: set PanelActions::report here and
+    // the menu gets its "Report" item.
+    PanelIndicator panel(&model, &window, PanelActions{});
+    panel.showInPanel();
     const EndingSignals closeOnSignal(&window, [&window] {
         window.closeWithoutAsking();
         QApplication::quit();
