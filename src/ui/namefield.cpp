@@ -153,6 +153,7 @@ NameField::NameField(AppModel *model, QUuid id, QWidget *parent)
         if (const std::optional<TimerItem> timer = model_->board().timer(id_))
             setName(timer->name);
     });
+    restyle();
     connect(model_, &AppModel::nameFocusIDChanged, this, &NameField::takeNameFocus);
     connect(blink_, &CursorBlink::shownChanged, this, [this] {
         if (editor_)
@@ -170,21 +171,15 @@ NameField::~NameField()
     }
 }
 
-void NameField::setTheme(const Theme *theme)
+void NameField::restyle()
 {
-    if (theme == theme_)
+    if (!model_)
+        return;
+    const Theme *theme = &Theme::of(model_->style());
+    const qreal zoom = std::max(model_->zoom(), 0.1);
+    if (theme == theme_ && zoom == zoom_)
         return;
     theme_ = theme;
-    styleEditor();
-    relayout();
-    updateGeometry();
-    update();
-}
-
-void NameField::setZoom(qreal zoom)
-{
-    if (zoom == zoom_ || zoom <= 0)
-        return;
     zoom_ = zoom;
     styleEditor();
     relayout();

@@ -28,8 +28,8 @@ public:
     NameField(AppModel *model, QUuid id, QWidget *parent = nullptr);
     ~NameField() override;
 
-    void setTheme(const Theme *theme);
-    void setZoom(qreal zoom);
+    // Takes the theme and zoom from the model again (its style or zoom changed).
+    void restyle();
     // The board's name; while renaming, what the user typed is kept.
     void setName(const QString &name);
     const QString &name() const { return name_; }

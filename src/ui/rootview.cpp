@@ -53,8 +53,8 @@ protected:
 } // namespace
 
 RootView::RootView(AppModel *model, QWidget *parent, WindowActions actions)
-    : View(model, parent), actions_(std::move(actions)), flapClock_(new FlapClock(this)), title_(new TitleBar(model, this)),
-      banner_(new NoticeBanner(model, this, actions_.showFiles)), rows_(new RowList(model, this)),
+    : View(model, parent), actions_(std::move(actions)), context_{new FlapClock(this), true}, title_(new TitleBar(model, this)),
+      banner_(new NoticeBanner(model, this, actions_.showFiles)), rows_(new RowList(model, context_, this)),
       hint_(new EmptyHint(model, this)), footer_(new Footer(model, this)), scrim_(new MenuScrim(model, this)),
       menu_(new StyleMenu(model, this)), overlay_(new OverlayView(model, this))
 {
@@ -78,12 +78,12 @@ RootView::RootView(AppModel *model, QWidget *parent, WindowActions actions)
     connect(model, &AppModel::hoveredIDChanged, this, &RootView::hoverOrEditChanged);
     connect(model, &AppModel::editingIDChanged, this, &RootView::hoverOrEditChanged);
     connect(model, &AppModel::draftChanged, this, &RootView::hoverOrEditChanged);
-    connect(model, &AppModel::swipeIDChanged, this, [this] { offsetsChanged(animated_); });
-    connect(model, &AppModel::swipeOffsetChanged, this, [this] { offsetsChanged(animated_); });
-    connect(model, &AppModel::revealedIDChanged, this, [this] { offsetsChanged(animated_); });
+    connect(model, &AppModel::swipeIDChanged, this, [this] { offsetsChanged(context_.animated); });
+    connect(model, &AppModel::swipeOffsetChanged, this, [this] { offsetsChanged(context_.animated); });
+    connect(model, &AppModel::revealedIDChanged, this, [this] { offsetsChanged(context_.animated); });
     connect(model, &AppModel::noticeChanged, this, &RootView::noticeChanged);
     connect(model, &AppModel::styleMenuOpenChanged, this, &RootView::menuChanged);
-    connect(model, &AppModel::toastChanged, this, [this] { footer_->followToast(animated_ && isVisible()); });
+    connect(model, &AppModel::toastChanged, this, [this] { footer_->followToast(context_.animated && isVisible()); });
     connect(footer_, &Footer::heightChanged, this, [this] { relayout(); });
     const auto promptChanged = [this] {
         if (theme().addStyle == AddStyle::prompt) {
@@ -237,7 +237,7 @@ void RootView::menuChanged()
 
 void RootView::setAnimated(bool animated)
 {
-    animated_ = animated;
+    context_.animated = animated;
     rows_->refreshAll();
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "view.h"
+#include "viewcontext.h"
 
 #include <functional>
 
@@ -46,9 +47,9 @@ public:
 
     // Animations off: every change shows at once (screenshots, benchmarks).
     void setAnimated(bool animated);
-    bool isAnimated() const { return animated_; }
+    bool isAnimated() const { return context_.animated; }
     // The one clock behind every split-flap tile of the window.
-    FlapClock *flapClock() const { return flapClock_; }
+    FlapClock *flapClock() const { return context_.flapClock; }
 
 Q_SIGNALS:
     void contentSizeChanged();
@@ -69,9 +70,8 @@ private:
 
     // Set before the parts are built: the rows read them while the root is still constructing.
     qreal heightCap_ = 1e9;
-    bool animated_ = true;
     WindowActions actions_;
-    FlapClock *flapClock_;
+    ViewContext context_; // the rows hold on to it
     TitleBar *title_;
     NoticeBanner *banner_;
     RowList *rows_;

@@ -8,7 +8,7 @@
 
 namespace tock {
 
-RowList::RowList(AppModel *model, QWidget *parent) : View(model, parent)
+RowList::RowList(AppModel *model, const ViewContext &context, QWidget *parent) : View(model, parent), context_(context)
 {
     sync();
 }
@@ -43,7 +43,7 @@ void RowList::sync()
     for (int i = 0; i < timers.size(); ++i) {
         TimerRow *row = rows_.value(timers.at(i).id);
         if (!row) {
-            row = new TimerRow(model(), this, timers.at(i).id);
+            row = new TimerRow(model(), context_, this, timers.at(i).id);
             rows_.insert(timers.at(i).id, row);
             row->show();
         }

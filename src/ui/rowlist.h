@@ -11,11 +11,12 @@
 namespace tock {
 
 class TimerRow;
+struct ViewContext;
 
 class RowList : public View {
     Q_OBJECT
 public:
-    RowList(AppModel *model, QWidget *parent);
+    RowList(AppModel *model, const ViewContext &context, QWidget *parent);
 
     // Makes the rows match the board: adds, removes and re-places them.
     void sync();
@@ -38,6 +39,7 @@ private:
     qreal maxScroll() const;
     // Hovers the row under a pointer that stood still while rows moved.
     void hoverUnderPointer();
+    const ViewContext &context_;
     QHash<QUuid, TimerRow *> rows_;
     qreal scroll_ = 0;
 };

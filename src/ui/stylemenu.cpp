@@ -3,7 +3,6 @@
 #include "draw.h"
 #include "glyph.h"
 
-#include <QMouseEvent>
 
 namespace tock {
 
@@ -12,11 +11,15 @@ constexpr qreal menuPadding = 6;
 constexpr qreal markerWidth = 22;
 } // namespace
 
-StyleMenuItem::StyleMenuItem(AppModel *model, QWidget *parent, StyleID style) : View(model, parent), style_(style)
+StyleMenuItem::StyleMenuItem(AppModel *model, QWidget *parent, StyleID style)
+    : ButtonView(model, parent), style_(style)
 {
-    setFocusPolicy(Qt::NoFocus);
-    setCursor(Qt::PointingHandCursor);
     setAccessibleName(StyleIDs::displayName(style));
+    connect(this, &ButtonView::clicked, this, [this] {
+        AppModel *m = this->model();
+        m->setStyleMenuOpen(false);
+        m->setStyle(style_);
+    });
 }
 
 void StyleMenuItem::paintEvent(QPaintEvent *)
@@ -26,7 +29,7 @@ void StyleMenuItem::paintEvent(QPaintEvent *)
     const Theme &t = theme();
     const QRectF area = unzoomedRect();
     QColor ink = t.sbInk.isValid() ? t.nameInk : t.nameInk;
-    if (hovered_) {
+    if (isHovered()) {
         Draw::Panel panel;
         panel.fill = panel.fill2 = t.menuSelectedFill;
         panel.shape = t.menuItemShape;
@@ -82,27 +85,6 @@ void StyleMenuItem::paintMarker(QPainter &painter, const QRectF &rect, const QCo
     }
     }
     painter.restore();
-}
-
-void StyleMenuItem::enterEvent(QEnterEvent *)
-{
-    hovered_ = true;
-    update();
-}
-
-void StyleMenuItem::leaveEvent(QEvent *)
-{
-    hovered_ = false;
-    update();
-}
-
-void StyleMenuItem::mouseReleaseEvent(QMouseEvent *event)
-{
-    if (event->button() != Qt::LeftButton || !rect().contains(event->position().toPoint()))
-        return;
-    AppModel *m = model();
-    m->setStyleMenuOpen(false);
-    m->setStyle(style_);
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -2,13 +2,13 @@
 // Choosing one sets the style and closes the menu.
 #pragma once
 
-#include "view.h"
+#include "buttonview.h"
 
 #include <QList>
 
 namespace tock {
 
-class StyleMenuItem : public View {
+class StyleMenuItem : public ButtonView {
     Q_OBJECT
 public:
     StyleMenuItem(AppModel *model, QWidget *parent, StyleID style);
@@ -16,14 +16,10 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void enterEvent(QEnterEvent *event) override;
-    void leaveEvent(QEvent *event) override;
-    void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
     void paintMarker(QPainter &painter, const QRectF &rect, const QColor &color);
     StyleID style_;
-    bool hovered_ = false;
 };
 
 class StyleMenu : public View {

@@ -4,10 +4,10 @@
 #include "editmask.h"
 #include "flapclock.h"
 #include "flaptext.h"
-#include "rootview.h"
 #include "namefield.h"
 #include "glyph.h"
 #include "timevalues.h"
+#include "viewcontext.h"
 
 #include <QContextMenuEvent>
 #include <QEasingCurve>
@@ -95,10 +95,10 @@ private:
 
 // ---------------------------------------------------------------------------------------------
 
-LiveTimeButton::LiveTimeButton(AppModel *model, QWidget *parent, QUuid id) : View(model, parent), id_(id)
+LiveTimeButton::LiveTimeButton(AppModel *model, const ViewContext &context, QWidget *parent, QUuid id)
+    : ButtonView(model, parent), context_(context), id_(id)
 {
-    setFocusPolicy(Qt::NoFocus);
-    setCursor(Qt::PointingHandCursor);
+    connect(this, &ButtonView::clicked, this, [this] { this->model()->beginEdit(id_); });
     connect(model->displayTick(), &DisplayTick::tickChanged, this, &LiveTimeButton::onTick);
     shownLength_ = text().size();
     setAccessibleName(accessibleText(text()));
@@ -157,20 +157,17 @@ void LiveTimeButton::onTick()
         update();
 }
 
-void LiveTimeButton::restyle()
+void LiveTimeButton::restyle(std::optional<QColor> ground)
 {
     const Theme &t = theme();
-    const RootView *root = nullptr;
-    for (QWidget *w = parentWidget(); w && !root; w = w->parentWidget())
-        root = qobject_cast<RootView *>(w);
-    if (t.timeKind != TimeKind::flap || !root) {
+    if (t.timeKind != TimeKind::flap || !context_.flapClock) {
         delete flap_;
         flap_ = nullptr;
         update();
         return;
     }
     if (!flap_) {
-        flap_ = new FlapText(root->flapClock(), this);
+        flap_ = new FlapText(context_.flapClock, this);
         flap_->setAttribute(Qt::WA_TransparentForMouseEvents);
         flap_->show();
     }
@@ -186,14 +183,11 @@ void LiveTimeButton::restyle()
     style.radius = t.wellShape.radius * z;
     style.gap = tileGap() * z;
     style.separatorWidth = (colonWidth(t) - tileGap()) * z;
-    // A flat card under the tiles lets them paint it themselves; an embossed one has edges.
-    const TimerRow *row = nullptr;
-    for (QWidget *w = parentWidget(); w && !row; w = w->parentWidget())
-        row = qobject_cast<TimerRow *>(w);
-    if (row && !t.rowEmbossed)
-        style.ground = row->cardFill();
+    // A flat card under the tiles lets them paint it themselves.
+    if (ground)
+        style.ground = *ground;
     flap_->setStyle(style);
-    flap_->setAnimated(root->isAnimated());
+    flap_->setAnimated(context_.animated);
     flap_->setText(text());
     View::place(flap_, rect());
 }
@@ -292,19 +286,12 @@ void LiveTimeButton::paintTiles(QPainter &painter, const QRectF &rect, const QSt
     }
 }
 
-void LiveTimeButton::mouseReleaseEvent(QMouseEvent *event)
-{
-    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
-        model()->beginEdit(id_);
-}
-
 // ---------------------------------------------------------------------------------------------
 
-DeleteReveal::DeleteReveal(AppModel *model, QWidget *parent, QUuid id) : View(model, parent), id_(id)
+DeleteReveal::DeleteReveal(AppModel *model, QWidget *parent, QUuid id) : ButtonView(model, parent)
 {
-    setFocusPolicy(Qt::NoFocus);
-    setCursor(Qt::PointingHandCursor);
     setAccessibleName(QStringLiteral("Delete"));
+    connect(this, &ButtonView::clicked, this, [this, id] { this->model()->deleteTimer(id); });
 }
 
 void DeleteReveal::paintEvent(QPaintEvent *)
@@ -321,12 +308,6 @@ void DeleteReveal::paintEvent(QPaintEvent *)
     const QString label = t.icons == IconKind::word ? Glyphs::word(t, Glyph::trash)
                                                     : Theme::applyCase(t.labelCase, QStringLiteral("Delete"));
     Draw::text(painter, area, Qt::AlignCenter, label, t.labelFont, ink);
-}
-
-void DeleteReveal::mouseReleaseEvent(QMouseEvent *event)
-{
-    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
-        model()->deleteTimer(id_);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -349,10 +330,10 @@ void LeaderDots::paintEvent(QPaintEvent *)
 
 // ---------------------------------------------------------------------------------------------
 
-TimerRow::TimerRow(AppModel *model, QWidget *parent, QUuid id)
+TimerRow::TimerRow(AppModel *model, const ViewContext &context, QWidget *parent, QUuid id)
     : View(model, parent), id_(id), reveal_(new DeleteReveal(model, this, id)), face_(new RowFace(model, this)),
       name_(new NameField(model, id, face_)), dots_(new LeaderDots(model, face_)),
-      time_(new LiveTimeButton(model, face_, id)), play_(new ThemedButton(model, face_)),
+      time_(new LiveTimeButton(model, context, face_, id)), play_(new ThemedButton(model, face_)),
       reset_(new ThemedButton(model, face_))
 {
     play_->setAccessibleName(QStringLiteral("Start"));
@@ -466,19 +447,17 @@ void TimerRow::refresh()
     play_->setAccessibleName(running ? QStringLiteral("Pause") : QStringLiteral("Start"));
     play_->setToolTip(play_->accessibleName());
     time_->setAccessibleName(LiveTimeButton::accessibleText(time_->text()));
-    time_->restyle();
-    const Theme &t = theme();
+    // A flat card under the tiles lets them paint it themselves; an embossed one has edges.
+    time_->restyle(theme().rowEmbossed ? std::nullopt : std::optional<QColor>(cardFill()));
     const std::optional<bool> active =
         window()->property("tockInactive").toBool() ? std::optional<bool>(false) : std::nullopt;
-    name_->setTheme(&t);
-    name_->setZoom(zoom());
+    name_->restyle();
     name_->setPaintsActive(active);
     if (timer)
         name_->setName(timer->name);
     followEdit();
     if (mask_) {
-        mask_->setTheme(&t);
-        mask_->setZoom(zoom());
+        mask_->restyle();
         mask_->setPaintsActive(active);
     }
     relayout();

@@ -16,20 +16,22 @@ namespace tock {
 class EditMask;
 class FlapText;
 class NameField;
+struct ViewContext;
 
 // The time display: redrawn by the shared display tick (only while its timer runs), and only
 // its own rectangle. A click opens the time edit.
-class LiveTimeButton : public View {
+class LiveTimeButton : public ButtonView {
     Q_OBJECT
 public:
-    LiveTimeButton(AppModel *model, QWidget *parent, QUuid id);
+    LiveTimeButton(AppModel *model, const ViewContext &context, QWidget *parent, QUuid id);
     // The width the time needs in unzoomed points for `text` (the digits' count matters).
     static qreal widthFor(const Theme &theme, const QString &text);
     static qreal heightFor(const Theme &theme);
     QString text() const;
     static QString accessibleText(const QString &time);
-    // The theme or zoom changed: the split-flap tiles come, go or restyle.
-    void restyle();
+    // The theme, zoom or the row's card changed: the split-flap tiles come, go or restyle.
+    // `ground` is the flat card under the time, if it is flat.
+    void restyle(std::optional<QColor> ground);
     FlapText *flapText() const { return flap_; }
 
 Q_SIGNALS:
@@ -38,12 +40,13 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void mouseReleaseEvent(QMouseEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    void pressStateChanged() override {}
 
 private:
     void onTick();
     void paintTiles(QPainter &painter, const QRectF &rect, const QString &text, bool running);
+    const ViewContext &context_;
     QUuid id_;
     qsizetype shownLength_ = 0;
     FlapText *flap_ = nullptr; // the tiles, in themes that draw the time on them
@@ -51,17 +54,14 @@ private:
 };
 
 // The delete button behind a row, uncovered when the row slides left.
-class DeleteReveal : public View {
+class DeleteReveal : public ButtonView {
     Q_OBJECT
 public:
     DeleteReveal(AppModel *model, QWidget *parent, QUuid id);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void mouseReleaseEvent(QMouseEvent *event) override;
-
-private:
-    QUuid id_;
+    void pressStateChanged() override {}
 };
 
 // A row of dots leading from the name to the time.
@@ -78,7 +78,7 @@ class TimerRow : public View {
     Q_OBJECT
     Q_PROPERTY(qreal offset READ offset WRITE setOffset)
 public:
-    TimerRow(AppModel *model, QWidget *parent, QUuid id);
+    TimerRow(AppModel *model, const ViewContext &context, QWidget *parent, QUuid id);
     ~TimerRow() override;
 
     const QUuid &id() const { return id_; }

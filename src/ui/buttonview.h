@@ -1,0 +1,41 @@
+// The base of every clickable thing the window draws. Hover, press and the click are decided
+// here once: a click is a left press followed by a release inside the button, and a disabled
+// button neither shows a press nor clicks. `click()` is the one way a press happens, whether it
+// comes from the mouse, a key or a screen reader.
+#pragma once
+
+#include "view.h"
+
+namespace tock {
+
+class ButtonView : public View {
+    Q_OBJECT
+public:
+    ButtonView(AppModel *model, QWidget *parent);
+
+    bool isHovered() const { return hovered_; }
+    bool isPressed() const { return pressed_; }
+    // Carries out the button's action, as a click does; nothing while disabled.
+    void click();
+
+Q_SIGNALS:
+    void clicked();
+
+protected:
+    // Hover or press changed; the default repaints the whole button. A view whose look does not
+    // depend on them overrides it to do nothing, so the pointer passing costs no repaint.
+    virtual void pressStateChanged() { update(); }
+
+    void enterEvent(QEnterEvent *event) override;
+    void leaveEvent(QEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    bool hovered_ = false;
+    bool pressed_ = false;
+};
+
+} // namespace tock
