@@ -7,8 +7,22 @@ namespace tock {
 
 ButtonView::ButtonView(AppModel *model, QWidget *parent) : View(model, parent)
 {
-    setFocusPolicy(Qt::NoFocus);
+    // Tab reaches every button; a click does not leave the focus (and its mark) behind.
+    setFocusPolicy(Qt::TabFocus);
     setCursor(Qt::PointingHandCursor);
+}
+
+void ButtonView::setAccessibleChecked(std::optional<bool> checked)
+{
+    if (checked_ == checked)
+        return;
+    checked_ = checked;
+    if (QAccessible::isActive()) {
+        QAccessible::State changed;
+        changed.checked = true;
+        QAccessibleStateChangeEvent event(this, changed);
+        QAccessible::updateAccessibility(&event);
+    }
 }
 
 void ButtonView::click()

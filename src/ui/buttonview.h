@@ -6,6 +6,10 @@
 
 #include "view.h"
 
+#include <QAccessible>
+
+#include <optional>
+
 namespace tock {
 
 class ButtonView : public View {
@@ -17,6 +21,14 @@ public:
     bool isPressed() const { return pressed_; }
     // Carries out the button's action, as a click does; nothing while disabled.
     void click();
+
+    // What a screen reader is told. The label is the name (the accessible name unless a
+    // button computes it when asked); the value and the checked state are absent by default.
+    virtual QAccessible::Role accessibleRole() const { return QAccessible::Button; }
+    virtual QString accessibleLabel() const { return accessibleName(); }
+    virtual QString accessibleValue() const { return {}; }
+    std::optional<bool> accessibleChecked() const { return checked_; }
+    void setAccessibleChecked(std::optional<bool> checked);
 
 Q_SIGNALS:
     void clicked();
@@ -36,6 +48,7 @@ protected:
 private:
     bool hovered_ = false;
     bool pressed_ = false;
+    std::optional<bool> checked_;
 };
 
 } // namespace tock

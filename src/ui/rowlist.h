@@ -29,10 +29,15 @@ public:
     void scrollBy(qreal delta);
     // Every row redraws (style, hover, edit changed).
     void refreshAll();
+    // Scrolls just enough to show `row` whole.
+    void ensureVisible(const TimerRow *row);
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
+    // The keys of a row whose control has the focus: ↑ ↓ to the neighbour's same control,
+    // Alt+↑ ↓ move the row, Delete and ⌫ delete it, F2 renames, Shift+F10 opens its menu.
+    void keyPressEvent(QKeyEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:

@@ -1,7 +1,10 @@
 #include "screenshots.h"
 
 #include "editmask.h"
+#include "focusmark.h"
 #include "rootview.h"
+#include "rowlist.h"
+#include "timerrow.h"
 #include "timeedit.h"
 #include "tockwindow.h"
 
@@ -99,6 +102,7 @@ const QStringList &scenes()
         QStringLiteral("main"),  QStringLiteral("edit"),     QStringLiteral("menu"),       QStringLiteral("toast"),
         QStringLiteral("invalid"), QStringLiteral("notice"), QStringLiteral("zoom"),       QStringLiteral("swipe"),
         QStringLiteral("swipe-long"), QStringLiteral("inactive"), QStringLiteral("long"), QStringLiteral("edit-long"),
+        QStringLiteral("focus"),
     };
     return names;
 }
@@ -149,7 +153,7 @@ std::unique_ptr<AppModel> sceneModel(const QString &scene, StyleID style, UndoMa
     return model;
 }
 
-QImage render(AppModel &model, qreal pixelRatio, bool inactive, std::optional<TimeField> maskField)
+QImage render(AppModel &model, qreal pixelRatio, bool inactive, std::optional<TimeField> maskField, bool markFocus)
 {
     TockWindow window(&model, {});
     window.setProperty("tockInactive", inactive);
@@ -158,6 +162,10 @@ QImage render(AppModel &model, qreal pixelRatio, bool inactive, std::optional<Ti
     if (maskField) {
         for (EditMask *mask : window.findChildren<EditMask *>())
             mask->setMaskCursor(MaskCursor(*maskField, true));
+    }
+    if (markFocus && model.board().timers.size() > 1) {
+        const TimerRow *row = window.rootView()->rowList()->row(model.board().timers.at(1).id);
+        window.rootView()->focusMark()->showOn(row->playButton());
     }
     QImage image(window.size() * pixelRatio, QImage::Format_ARGB32_Premultiplied);
     image.setDevicePixelRatio(pixelRatio);
@@ -192,7 +200,8 @@ int writeAll(const QString &directory, QTextStream &err)
             std::unique_ptr<AppModel> model = sceneModel(scene, style, undo);
             const std::optional<TimeField> cursor =
                 scene == QLatin1String("edit") ? std::optional<TimeField>(TimeField::minutes) : std::nullopt;
-            const QImage image = render(*model, 2, scene == QLatin1String("inactive"), cursor);
+            const QImage image =
+                render(*model, 2, scene == QLatin1String("inactive"), cursor, scene == QLatin1String("focus"));
             const QString file = raw + QLatin1Char('/') + scene + QStringLiteral(".png");
             if (!image.save(root.filePath(file))) {
                 err << "tock: could not write " << root.filePath(file) << '\n';

@@ -3,6 +3,9 @@
 #include "draw.h"
 #include "glyph.h"
 
+#include <QApplication>
+#include <QKeyEvent>
+
 
 namespace tock {
 
@@ -15,6 +18,8 @@ StyleMenuItem::StyleMenuItem(AppModel *model, QWidget *parent, StyleID style)
     : ButtonView(model, parent), style_(style)
 {
     setAccessibleName(StyleIDs::displayName(style));
+    setAccessibleChecked(model->style() == style);
+    connect(model, &AppModel::styleChanged, this, [this] { setAccessibleChecked(this->model()->style() == style_); });
     connect(this, &ButtonView::clicked, this, [this] {
         AppModel *m = this->model();
         m->setStyleMenuOpen(false);
@@ -29,7 +34,7 @@ void StyleMenuItem::paintEvent(QPaintEvent *)
     const Theme &t = theme();
     const QRectF area = unzoomedRect();
     QColor ink = t.sbInk.isValid() ? t.nameInk : t.nameInk;
-    if (isHovered()) {
+    if (isHovered() || hasFocus()) {
         Draw::Panel panel;
         panel.fill = panel.fill2 = t.menuSelectedFill;
         panel.shape = t.menuItemShape;
@@ -132,6 +137,22 @@ void StyleMenu::relayout()
         y += t.menuRowHeight;
     }
     update();
+}
+
+void StyleMenu::keyPressEvent(QKeyEvent *event)
+{
+    const qsizetype at = items_.indexOf(QApplication::focusWidget());
+    const int key = event->key();
+    if (key == Qt::Key_Escape) {
+        model()->setStyleMenuOpen(false);
+    } else if ((key == Qt::Key_Up || key == Qt::Key_Down) && at >= 0) {
+        const qsizetype n = items_.size();
+        items_.at(((at + (key == Qt::Key_Up ? -1 : 1)) % n + n) % n)->setFocus(Qt::OtherFocusReason);
+    } else if (key == Qt::Key_Home || key == Qt::Key_End) {
+        items_.at(key == Qt::Key_Home ? 0 : items_.size() - 1)->setFocus(Qt::OtherFocusReason);
+    } else {
+        View::keyPressEvent(event);
+    }
 }
 
 void StyleMenu::resizeEvent(QResizeEvent *)

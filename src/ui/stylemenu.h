@@ -13,6 +13,7 @@ class StyleMenuItem : public ButtonView {
 public:
     StyleMenuItem(AppModel *model, QWidget *parent, StyleID style);
     StyleID style() const { return style_; }
+    QAccessible::Role accessibleRole() const override { return QAccessible::MenuItem; }
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -34,6 +35,8 @@ public:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    // ↑ and ↓ move between the items, Escape closes the menu; Return and Space choose.
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     qreal shadowRoom() const;

@@ -49,6 +49,8 @@ enum class AddStyle { button, panel, prompt };
 enum class CaretKind { block, bar };
 // How a row draws its time: plain text, text inside a display well, or split-flap tiles.
 enum class TimeKind { plain, well, flap };
+// The keyboard focus mark: a ring around the control, or a bracket at each side of it.
+enum class FocusKind { ring, brackets };
 
 struct Theme {
     // An overlay painted over the whole window.
@@ -244,6 +246,12 @@ struct Theme {
     QList<QColor> rowTints;    // when not empty, row i is filled with rowTints[i % size] (rowFillAt)
     bool leaderDots = false;   // dots between a row's name and its time
     bool bracketWords = false; // word icons are drawn as "[word]"
+    // The mark around the control with the keyboard focus, at least 3:1 against the fills
+    // around it.
+    FocusKind focusKind = FocusKind::ring;
+    QColor focusInk;
+    ShapeKind focusShape; // of the ring
+    qreal focusWidth = 2;
 
     friend bool operator==(const Theme &, const Theme &) = default;
 

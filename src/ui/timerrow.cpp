@@ -9,6 +9,7 @@
 #include "timevalues.h"
 #include "viewcontext.h"
 
+#include <QApplication>
 #include <QContextMenuEvent>
 #include <QEasingCurve>
 #include <QMenu>
@@ -49,7 +50,10 @@ qreal colonWidth(const Theme &t) { return std::round(t.timeSize * 0.3); }
 
 class RowFace : public View {
 public:
-    RowFace(AppModel *model, TimerRow *row) : View(model, row), row_(row) {}
+    RowFace(AppModel *model, TimerRow *row) : View(model, row), row_(row)
+    {
+        setProperty("tockAccessibleFlat", true); // only draws: its controls belong to the row
+    }
 
 protected:
     void paintEvent(QPaintEvent *event) override
@@ -101,7 +105,6 @@ LiveTimeButton::LiveTimeButton(AppModel *model, const ViewContext &context, QWid
     connect(this, &ButtonView::clicked, this, [this] { this->model()->beginEdit(id_); });
     connect(model->displayTick(), &DisplayTick::tickChanged, this, &LiveTimeButton::onTick);
     shownLength_ = text().size();
-    setAccessibleName(accessibleText(text()));
 }
 
 QString LiveTimeButton::text() const
@@ -146,7 +149,6 @@ void LiveTimeButton::onTick()
     if (!timer || !timer->isRunning() || model()->editingID() == id_)
         return;
     const QString shown = text();
-    setAccessibleName(accessibleText(shown));
     if (shown.size() != shownLength_) {
         shownLength_ = shown.size();
         Q_EMIT widthChanged();
@@ -361,13 +363,20 @@ void TimerRow::followEdit()
 {
     const bool editing = model()->editingID() == id_ && model()->draft().has_value();
     if (editing && !mask_) {
+        maskFromKeys_ = time_->hasFocus();
         mask_ = new EditMask(model(), face_);
         mask_->show();
         mask_->refocus();
     } else if (!editing && mask_) {
+        // A mask closed from the keyboard leaves the focus on the time it edited.
+        const QWidget *focus = QApplication::focusWidget();
+        const bool hadKeys = focus && mask_->isAncestorOf(focus);
         mask_->hide();
         mask_->deleteLater();
         mask_ = nullptr;
+        time_->setVisible(true);
+        if (hadKeys && maskFromKeys_)
+            time_->setFocus(Qt::OtherFocusReason);
     }
     time_->setVisible(!mask_);
 }
@@ -445,8 +454,8 @@ void TimerRow::refresh()
     play_->setGlyph(running ? Glyph::pause : Glyph::play);
     play_->setRole(running ? ThemedButton::Role::running : ThemedButton::Role::key);
     play_->setAccessibleName(running ? QStringLiteral("Pause") : QStringLiteral("Start"));
+    play_->setAccessibleChecked(running);
     play_->setToolTip(play_->accessibleName());
-    time_->setAccessibleName(LiveTimeButton::accessibleText(time_->text()));
     // A flat card under the tiles lets them paint it themselves; an embossed one has edges.
     time_->restyle(theme().rowEmbossed ? std::nullopt : std::optional<QColor>(cardFill()));
     const std::optional<bool> active =
@@ -540,12 +549,57 @@ void TimerRow::leaveEvent(QEvent *)
         model()->setHoveredID(std::nullopt);
 }
 
+QList<QWidget *> TimerRow::focusControls() const
+{
+    QList<QWidget *> controls{name_};
+    if (!mask_)
+        controls << time_;
+    return controls << play_ << reset_;
+}
+
+int TimerRow::controlKind(const QWidget *widget) const
+{
+    const QWidget *kinds[] = {name_, time_, play_, reset_};
+    for (int i = 0; i < 4; ++i) {
+        if (widget && (widget == kinds[i] || kinds[i]->isAncestorOf(widget)))
+            return i;
+    }
+    return -1;
+}
+
+QWidget *TimerRow::control(int kind) const
+{
+    QWidget *kinds[] = {name_, mask_ ? static_cast<QWidget *>(play_) : time_, play_, reset_};
+    return kinds[std::clamp(kind, 0, 3)];
+}
+
+QString TimerRow::accessibleLabel() const
+{
+    const std::optional<TimerItem> timer = timerOf(model(), id_);
+    const QString name = timer && !timer->name.isEmpty() ? timer->name : QStringLiteral("Untitled");
+    return name + QStringLiteral(", ") + time_->text();
+}
+
+QList<QWidget *> TimerRow::accessibleChildren() const
+{
+    QList<QWidget *> children{name_};
+    children << (mask_ ? static_cast<QWidget *>(mask_) : time_) << play_ << reset_;
+    if (reveal_->isVisible())
+        children << reveal_;
+    return children;
+}
+
 void TimerRow::contextMenuEvent(QContextMenuEvent *event)
+{
+    showMenu(event->globalPos());
+}
+
+void TimerRow::showMenu(const QPoint &globalPos)
 {
     QMenu menu(this);
     QAction *reset = menu.addAction(QStringLiteral("Reset"));
     QAction *remove = menu.addAction(QStringLiteral("Delete Timer"));
-    QAction *chosen = menu.exec(event->globalPos());
+    QAction *chosen = menu.exec(globalPos);
     // The row may be gone once the model acts, so nothing of `this` is used afterwards.
     AppModel *m = model();
     const QUuid id = id_;

@@ -29,6 +29,8 @@ public:
     static qreal heightFor(const Theme &theme);
     QString text() const;
     static QString accessibleText(const QString &time);
+    // Current whenever a reader asks; only starts, pauses, resets and sets are announced.
+    QString accessibleLabel() const override { return accessibleText(text()); }
     // The theme, zoom or the row's card changed: the split-flap tiles come, go or restyle.
     // `ground` is the flat card under the time, if it is flat.
     void restyle(std::optional<QColor> ground);
@@ -110,6 +112,19 @@ public:
     EditMask *editMask() const { return mask_; }
     QWidget *face() const { return face_; }
 
+    // The row's controls in Tab order: name, time (not while the mask has the keys),
+    // start/pause, reset.
+    QList<QWidget *> focusControls() const;
+    // Which of name, time, start/pause and reset `widget` is (0 to 3), or -1; and back.
+    int controlKind(const QWidget *widget) const;
+    QWidget *control(int kind) const;
+    // What a screen reader calls the row: its timer's name (or "Untitled") and its time.
+    QString accessibleLabel() const;
+    // The row's parts as a screen reader lists them, the sliding face left out.
+    QList<QWidget *> accessibleChildren() const;
+    // Offers "Reset" and "Delete Timer" at `globalPos`.
+    void showMenu(const QPoint &globalPos);
+
 protected:
     void resizeEvent(QResizeEvent *event) override;
     void enterEvent(QEnterEvent *event) override;
@@ -129,6 +144,7 @@ private:
     View *face_;
     NameField *name_;
     EditMask *mask_ = nullptr;
+    bool maskFromKeys_ = false; // opened on the focused time: the focus comes back to it
     LeaderDots *dots_;
     LiveTimeButton *time_;
     ThemedButton *play_;

@@ -30,6 +30,8 @@ WindowButton::WindowButton(AppModel *model, QWidget *parent, Action action)
     : ButtonView(model, parent), action_(action)
 {
     unsetCursor();
+    // Not a Tab stop: the window's keys close, minimize and resize it.
+    setFocusPolicy(Qt::NoFocus);
     setToolTip(helpText(action));
     setAccessibleName(helpText(action));
 }
@@ -205,8 +207,13 @@ QString StyleButton::label() const
 
 void StyleButton::refresh()
 {
-    setAccessibleDescription(QStringLiteral("Style: ") + StyleIDs::displayName(model()->style()));
+    setAccessibleDescription(accessibleValue());
     update();
+}
+
+QString StyleButton::accessibleValue() const
+{
+    return QStringLiteral("Style: ") + StyleIDs::displayName(model()->style());
 }
 
 QSizeF StyleButton::preferredSize() const

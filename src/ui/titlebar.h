@@ -53,6 +53,7 @@ public:
     StyleButton(AppModel *model, QWidget *parent);
     QSizeF preferredSize() const;
     void refresh(); // the style or the menu changed
+    QString accessibleValue() const override;
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -321,7 +321,7 @@ private Q_SLOTS:
         QCOMPARE(buttons->button(WindowButton::Action::zoom)->toolTip(), QStringLiteral("Larger / smaller"));
         w.f.set(0, 5025);
         settle(w.window.get());
-        QCOMPARE(w.row(0)->timeButton()->accessibleName(), QStringLiteral("Elapsed time 01:23:45. Click to edit."));
+        QCOMPARE(w.row(0)->timeButton()->accessibleLabel(), QStringLiteral("Elapsed time 01:23:45. Click to edit."));
         QCOMPARE(w.root()->footer()->addButton()->accessibleName(), QStringLiteral("Add timer"));
         QVERIFY(w.root()->footer()->addButton()->toolTip().startsWith(QStringLiteral("Add timer (")));
         QCOMPARE(w.window->objectName(), QStringLiteral("TockWindow"));
