@@ -69,11 +69,12 @@ void DigitField::paint(QPainter &painter, const QRectF &box, const Theme &theme)
     }
     paintShape(painter, theme.fieldShape, box, fill, border, bw);
 
+    QColor textInk = ink;
     if (selected && !text.isEmpty()) {
-        QColor tint = ink;
-        tint.setAlphaF(0.22f);
+        // Inverse video: the digits about to be replaced stand out as clearly as they read.
         const QRectF first = cellRect(theme, box, 0);
-        painter.fillRect(first.united(cellRect(theme, box, int(text.size()) - 1)), tint);
+        painter.fillRect(first.united(cellRect(theme, box, int(text.size()) - 1)), ink);
+        textInk = fill;
     }
     const bool block = theme.caret == CaretKind::block && caretCell >= 0 && caretShown;
     for (int cell = 0; cell < cellCount(); ++cell) {
@@ -81,7 +82,7 @@ void DigitField::paint(QPainter &painter, const QRectF &box, const Theme &theme)
         ch.character = cell < text.size() ? QString(text.at(cell)) : QString();
         ch.cursor = block && cell == caretCell;
         ch.active = windowActive;
-        ch.paint(painter, cellRect(theme, box, cell), theme.digitFont, ink, ink, fill);
+        ch.paint(painter, cellRect(theme, box, cell), theme.digitFont, textInk, ink, fill);
     }
     if (theme.caret == CaretKind::bar && caretCell >= 0 && caretShown)
         painter.fillRect(caretRect(theme, box), ink);

@@ -27,6 +27,7 @@ EditMask::EditMask(AppModel *model, QWidget *parent)
 {
     setAccessibleName(QStringLiteral("Edit time: hours, minutes, seconds"));
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    restyle();
     catcher_->setOnKey([this](QKeyEvent *event) { return handleKey(event); });
     catcher_->setWantsKey([this](const QKeyEvent *event) {
         return model_->isEditOpen() && classify(*event) != KeyAction::notHandled;
@@ -46,22 +47,16 @@ EditMask::EditMask(AppModel *model, QWidget *parent)
 
 EditMask::~EditMask() = default;
 
-void EditMask::setTheme(const Theme *theme)
+void EditMask::restyle()
 {
-    if (theme == theme_)
+    const Theme *theme = &Theme::of(model_->style());
+    const qreal zoom = std::max(model_->zoom(), 0.1);
+    if (theme == theme_ && zoom == zoom_)
         return;
     theme_ = theme;
-    updateGeometry();
-    updateBlinking();
-    update();
-}
-
-void EditMask::setZoom(qreal zoom)
-{
-    if (zoom == zoom_ || zoom <= 0)
-        return;
     zoom_ = zoom;
     updateGeometry();
+    updateBlinking();
     update();
 }
 

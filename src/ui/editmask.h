@@ -27,9 +27,9 @@ public:
     EditMask(AppModel *model, QWidget *parent = nullptr);
     ~EditMask() override;
 
-    void setTheme(const Theme *theme);
+    // Takes the theme and zoom from the model again (its style or zoom changed).
+    void restyle();
     const Theme *theme() const { return theme_; }
-    void setZoom(qreal zoom);
     qreal zoom() const { return zoom_; }
 
     const MaskCursor &maskCursor() const { return cursor_; }

@@ -141,6 +141,7 @@ NameField::NameField(AppModel *model, QUuid id, QWidget *parent)
     : QWidget(parent), model_(model), id_(id), blink_(new CursorBlink(this))
 {
     setAccessibleName(QStringLiteral("Timer name"));
+    setFocusPolicy(Qt::TabFocus);
     setAccessibleDescription(QStringLiteral("Click to rename"));
     setAttribute(Qt::WA_Hover);
     setCursor(Qt::IBeamCursor);
@@ -153,6 +154,7 @@ NameField::NameField(AppModel *model, QUuid id, QWidget *parent)
         if (const std::optional<TimerItem> timer = model_->board().timer(id_))
             setName(timer->name);
     });
+    restyle();
     connect(model_, &AppModel::nameFocusIDChanged, this, &NameField::takeNameFocus);
     connect(blink_, &CursorBlink::shownChanged, this, [this] {
         if (editor_)
@@ -170,21 +172,15 @@ NameField::~NameField()
     }
 }
 
-void NameField::setTheme(const Theme *theme)
+void NameField::restyle()
 {
-    if (theme == theme_)
+    if (!model_)
+        return;
+    const Theme *theme = &Theme::of(model_->style());
+    const qreal zoom = std::max(model_->zoom(), 0.1);
+    if (theme == theme_ && zoom == zoom_)
         return;
     theme_ = theme;
-    styleEditor();
-    relayout();
-    updateGeometry();
-    update();
-}
-
-void NameField::setZoom(qreal zoom)
-{
-    if (zoom == zoom_ || zoom <= 0)
-        return;
     zoom_ = zoom;
     styleEditor();
     relayout();
@@ -295,6 +291,7 @@ void NameField::styleEditor()
 void NameField::beginEditing()
 {
     if (!editor_) {
+        fromKeys_ = hasFocus();
         editor_ = new NameLineEdit(this);
         editor_->setAccessibleName(QStringLiteral("Timer name"));
         editor_->setText(name_);
@@ -320,6 +317,8 @@ void NameField::endEditing(End end)
     NameLineEdit *editor = editor_;
     editor_ = nullptr;
     const QString text = editor->text();
+    // Ended from the keyboard (Return, Escape), the focus stays on the name.
+    const bool hadKeys = editor->hasFocus();
     editor->hide();
     editor->deleteLater();
     blink_->setBlinking(false);
@@ -332,6 +331,8 @@ void NameField::endEditing(End end)
             name_ = timer->name;
     }
     model_->setIsEditingName(false);
+    if (hadKeys && fromKeys_)
+        setFocus(Qt::OtherFocusReason);
     relayout();
     update();
 }
@@ -393,9 +394,25 @@ void NameField::mousePressEvent(QMouseEvent *event)
         return;
     }
     event->accept();
+    rename();
+}
+
+void NameField::rename()
+{
     // The model first commits an open time edit; an invalid one keeps the click from renaming.
-    if (model_->commitEditForNameClick())
+    if (!editor_ && model_ && model_->commitEditForNameClick())
         beginEditing();
+}
+
+void NameField::keyPressEvent(QKeyEvent *event)
+{
+    const int key = event->key();
+    const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    if (plain && !editor_ && (key == Qt::Key_F2 || key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space)) {
+        rename();
+        return;
+    }
+    QWidget::keyPressEvent(event);
 }
 
 void NameField::enterEvent(QEnterEvent *event)

@@ -28,8 +28,8 @@ public:
     NameField(AppModel *model, QUuid id, QWidget *parent = nullptr);
     ~NameField() override;
 
-    void setTheme(const Theme *theme);
-    void setZoom(qreal zoom);
+    // Takes the theme and zoom from the model again (its style or zoom changed).
+    void restyle();
     // The board's name; while renaming, what the user typed is kept.
     void setName(const QString &name);
     const QString &name() const { return name_; }
@@ -38,6 +38,9 @@ public:
     bool isEditing() const { return editor_ != nullptr; }
     // Starts renaming without asking the model (the caller has); focuses the text field.
     void beginEditing();
+    // Starts renaming as a click does: an open time edit is committed first, and an invalid
+    // one keeps the name as it is.
+    void rename();
     // Ends renaming: commit passes the text to the model, otherwise the old name stays.
     enum class End { commit, cancel };
     void endEditing(End end);
@@ -55,6 +58,8 @@ public:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
+    // F2, Return and Space rename, as a click does.
+    void keyPressEvent(QKeyEvent *event) override;
     void enterEvent(QEnterEvent *event) override;
     void leaveEvent(QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
@@ -78,6 +83,7 @@ private:
     QString elided_; // cached: recomputed when the name, width, theme or zoom change
     bool hover_ = false;
     NameLineEdit *editor_ = nullptr;
+    bool fromKeys_ = false; // renaming began on the focused name: the focus comes back to it
     CursorBlink *blink_;
     std::optional<bool> paintsActive_;
 

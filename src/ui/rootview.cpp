@@ -1,7 +1,10 @@
 #include "rootview.h"
 
+#include "accessibility.h"
 #include "draw.h"
+#include "editmask.h"
 #include "flapclock.h"
+#include "focusmark.h"
 #include "footer.h"
 #include "noticebanner.h"
 #include "rowlist.h"
@@ -9,6 +12,8 @@
 #include "timerrow.h"
 #include "titlebar.h"
 
+#include <QApplication>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPaintEvent>
 
@@ -53,12 +58,15 @@ protected:
 } // namespace
 
 RootView::RootView(AppModel *model, QWidget *parent, WindowActions actions)
-    : View(model, parent), actions_(std::move(actions)), flapClock_(new FlapClock(this)), title_(new TitleBar(model, this)),
-      banner_(new NoticeBanner(model, this, actions_.showFiles)), rows_(new RowList(model, this)),
+    : View(model, parent), actions_(std::move(actions)), context_{new FlapClock(this), true}, title_(new TitleBar(model, this)),
+      banner_(new NoticeBanner(model, this, actions_.showFiles)), rows_(new RowList(model, context_, this)),
       hint_(new EmptyHint(model, this)), footer_(new Footer(model, this)), scrim_(new MenuScrim(model, this)),
-      menu_(new StyleMenu(model, this)), overlay_(new OverlayView(model, this))
+      menu_(new StyleMenu(model, this)), overlay_(new OverlayView(model, this)),
+      focusMark_(new FocusMark(model, this, rows_)), announcer_(new QWidget(this))
 {
     setObjectName(QStringLiteral("RootView"));
+    announcer_->setObjectName(QStringLiteral("tockAnnouncer"));
+    announcer_->setGeometry(0, 0, 0, 0);
     WindowButtons *buttons = title_->windowButtons();
     connect(buttons->button(WindowButton::Action::close), &WindowButton::clicked, this, [this] {
         if (actions_.close)
@@ -78,12 +86,20 @@ RootView::RootView(AppModel *model, QWidget *parent, WindowActions actions)
     connect(model, &AppModel::hoveredIDChanged, this, &RootView::hoverOrEditChanged);
     connect(model, &AppModel::editingIDChanged, this, &RootView::hoverOrEditChanged);
     connect(model, &AppModel::draftChanged, this, &RootView::hoverOrEditChanged);
-    connect(model, &AppModel::swipeIDChanged, this, [this] { offsetsChanged(animated_); });
-    connect(model, &AppModel::swipeOffsetChanged, this, [this] { offsetsChanged(animated_); });
-    connect(model, &AppModel::revealedIDChanged, this, [this] { offsetsChanged(animated_); });
+    connect(model, &AppModel::swipeIDChanged, this, [this] { offsetsChanged(context_.animated); });
+    connect(model, &AppModel::swipeOffsetChanged, this, [this] { offsetsChanged(context_.animated); });
+    connect(model, &AppModel::revealedIDChanged, this, [this] { offsetsChanged(context_.animated); });
     connect(model, &AppModel::noticeChanged, this, &RootView::noticeChanged);
     connect(model, &AppModel::styleMenuOpenChanged, this, &RootView::menuChanged);
-    connect(model, &AppModel::toastChanged, this, [this] { footer_->followToast(animated_ && isVisible()); });
+    connect(model, &AppModel::toastChanged, this, [this] {
+        footer_->followToast(context_.animated && isVisible());
+        if (const std::optional<Toast> &toast = this->model()->toast())
+            Accessibility::announce(announcer_, toast->entry.message());
+    });
+    connect(model, &AppModel::shellOutputChanged, this, [this] {
+        if (theme().addStyle == AddStyle::prompt)
+            Accessibility::announce(announcer_, this->model()->shellOutput().join(QLatin1Char('\n')));
+    });
     connect(footer_, &Footer::heightChanged, this, [this] { relayout(); });
     const auto promptChanged = [this] {
         if (theme().addStyle == AddStyle::prompt) {
@@ -100,6 +116,42 @@ RootView::RootView(AppModel *model, QWidget *parent, WindowActions actions)
     menuChanged();
     noticeChanged();
     restyle();
+    // The window itself holds the focus at first, so showing it does not focus a control.
+    window()->setFocus(Qt::OtherFocusReason);
+    qApp->installEventFilter(this);
+}
+
+bool RootView::focusNextPrevChild(bool)
+{
+    window()->setFocus(Qt::OtherFocusReason);
+    return true;
+}
+
+bool RootView::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() != QEvent::KeyPress)
+        return false;
+    QWidget *focus = QApplication::focusWidget();
+    // Once per key: at the widget it is sent to, before it travels up to the parents.
+    if (watched != (focus ? static_cast<QObject *>(focus) : window()) || (focus && focus->window() != window()))
+        return false;
+    const auto &key = static_cast<const QKeyEvent &>(*event);
+    if (focusKey(key))
+        return true;
+    const bool tab = key.key() == Qt::Key_Tab || key.key() == Qt::Key_Backtab;
+    if (!tab || (key.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)))
+        return false;
+    for (QWidget *w = focus; w; w = w->parentWidget()) {
+        if (qobject_cast<EditMask *>(w))
+            return false; // Tab moves between the mask's fields
+    }
+    const QList<QWidget *> chain = focusChain();
+    const bool onControl = std::any_of(chain.begin(), chain.end(), [focus](QWidget *c) {
+        return c && focus && (c == focus || c->isAncestorOf(focus));
+    });
+    if (chain.contains(nullptr) && !onControl)
+        return false; // the prompt has the keys: Tab completes
+    return moveFocus(key.key() == Qt::Key_Tab && !key.modifiers().testFlag(Qt::ShiftModifier));
 }
 
 qreal RootView::inset() const
@@ -195,15 +247,21 @@ void RootView::restyle()
 void RootView::boardChanged(const BoardChange &change)
 {
     if (change.inserted.isEmpty() && change.removed.isEmpty() && change.moved.isEmpty()) {
-        // Only some timers changed: just their rows redraw.
+        // Only some timers changed: just their rows redraw, and a reader hears what changed
+        // (a start, pause, reset or set; the running seconds are never announced).
         for (const QUuid &id : change.changed) {
-            if (TimerRow *row = rows_->row(id))
+            if (TimerRow *row = rows_->row(id)) {
                 row->refresh();
+                Accessibility::nameChanged(row);
+                Accessibility::nameChanged(row->timeButton());
+            }
         }
         return;
     }
     rows_->sync();
     relayout();
+    if (model()->board().timers.isEmpty() && !change.removed.isEmpty())
+        Accessibility::announce(announcer_, EmptyHint::text());
 }
 
 void RootView::hoverOrEditChanged()
@@ -223,6 +281,8 @@ void RootView::noticeChanged()
 {
     banner_->refresh();
     relayout();
+    if (const std::optional<StorageNotice> &notice = model()->notice())
+        Accessibility::announce(announcer_, notice->title() + QStringLiteral(". ") + notice->detail());
 }
 
 void RootView::menuChanged()
@@ -233,15 +293,81 @@ void RootView::menuChanged()
     menu_->setVisible(open);
     scrim_->raise();
     menu_->raise();
+    focusMark_->raise();
     overlay_->raise();
     for (const StyleID style : StyleIDs::allCases())
         menu_->item(style)->update();
-    title_->styleButton()->update();
+    StyleButton *button = title_->styleButton();
+    button->update();
+    // Opened from the keyboard, the menu takes the focus at the current style; closing it
+    // gives the focus back to the button.
+    QWidget *focus = QApplication::focusWidget();
+    if (open && focus == button)
+        menu_->item(model()->style())->setFocus(Qt::OtherFocusReason);
+    else if (!open && focus && menu_->isAncestorOf(focus))
+        button->setFocus(Qt::OtherFocusReason);
+}
+
+QList<QWidget *> RootView::focusChain() const
+{
+    if (model()->styleMenuOpen()) {
+        QList<QWidget *> items;
+        for (const StyleID style : StyleIDs::allCases())
+            items << menu_->item(style);
+        return items;
+    }
+    QList<QWidget *> chain{title_->styleButton()};
+    for (TimerRow *row : rows_->rows())
+        chain << row->focusControls();
+    if (theme().addStyle == AddStyle::prompt)
+        chain << nullptr;
+    else
+        chain << footer_->addButton();
+    if (footer_->toastView()->isVisible() && model()->toast())
+        chain << footer_->toastView()->undoButton();
+    if (model()->notice())
+        chain << banner_->firstButton() << banner_->secondButton();
+    return chain;
+}
+
+bool RootView::moveFocus(bool next)
+{
+    const QList<QWidget *> chain = focusChain();
+    if (chain.isEmpty())
+        return false;
+    QWidget *focus = QApplication::focusWidget();
+    qsizetype at = -1;
+    for (qsizetype i = 0; i < chain.size(); ++i) {
+        if (chain.at(i) && (chain.at(i) == focus || chain.at(i)->isAncestorOf(focus)))
+            at = i;
+    }
+    if (focus == window())
+        focus = nullptr;
+    if (at < 0 && !chain.contains(nullptr))
+        at = next ? -1 : chain.size();
+    else if (at < 0)
+        at = chain.indexOf(nullptr); // the prompt had the keys
+    const qsizetype n = chain.size();
+    const qsizetype to = ((at + (next ? 1 : -1)) % n + n) % n;
+    if (QWidget *w = chain.at(to))
+        w->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    else
+        window()->setFocus(Qt::OtherFocusReason); // back to the prompt
+    return true;
+}
+
+bool RootView::focusKey(const QKeyEvent &event)
+{
+    const Qt::KeyboardModifiers held = event.modifiers() & ~Qt::KeypadModifier;
+    const bool ctrlTab = (event.key() == Qt::Key_Tab || event.key() == Qt::Key_Backtab) && held.testFlag(Qt::ControlModifier);
+    if (!ctrlTab && !(event.key() == Qt::Key_F6 && (held & ~Qt::ShiftModifier) == Qt::NoModifier))
+        return false;
+    return moveFocus(!held.testFlag(Qt::ShiftModifier) && event.key() != Qt::Key_Backtab);
 }
 
 void RootView::setAnimated(bool animated)
 {
-    animated_ = animated;
+    context_.animated = animated;
     rows_->refreshAll();
 }
 

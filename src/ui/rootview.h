@@ -4,6 +4,7 @@
 #pragma once
 
 #include "view.h"
+#include "viewcontext.h"
 
 #include <functional>
 
@@ -11,6 +12,7 @@ namespace tock {
 
 class EmptyHint;
 class FlapClock;
+class FocusMark;
 class Footer;
 class NoticeBanner;
 class RowList;
@@ -46,9 +48,20 @@ public:
 
     // Animations off: every change shows at once (screenshots, benchmarks).
     void setAnimated(bool animated);
-    bool isAnimated() const { return animated_; }
+    bool isAnimated() const { return context_.animated; }
     // The one clock behind every split-flap tile of the window.
-    FlapClock *flapClock() const { return flapClock_; }
+    FlapClock *flapClock() const { return context_.flapClock; }
+    FocusMark *focusMark() const { return focusMark_; }
+
+    // The controls Tab visits, in reading order: the style button; each row's name, time,
+    // start/pause and reset; the add control; the toast's Undo and the banner's buttons while
+    // they show. While the style menu is open, only its items. A null entry is the command
+    // prompt, which has the keys when no control has the focus.
+    QList<QWidget *> focusChain() const;
+    // Moves the focus to the next or previous control, wrapping; true when it moved.
+    bool moveFocus(bool next);
+    // Keys that move the focus beyond Tab: Ctrl+Tab and F6 leave the prompt for the rows.
+    bool focusKey(const QKeyEvent &event);
 
 Q_SIGNALS:
     void contentSizeChanged();
@@ -56,6 +69,11 @@ Q_SIGNALS:
 protected:
     void resizeEvent(QResizeEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+    // Tab, Ctrl+Tab and F6 anywhere in the window, before the focused widget sees them.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    // A focused control that goes away (a closing editor, a deleted row) leaves no focus
+    // behind, so a later Space cannot press a control the user never chose.
+    bool focusNextPrevChild(bool next) override;
 
 private:
     void relayout();
@@ -69,9 +87,8 @@ private:
 
     // Set before the parts are built: the rows read them while the root is still constructing.
     qreal heightCap_ = 1e9;
-    bool animated_ = true;
     WindowActions actions_;
-    FlapClock *flapClock_;
+    ViewContext context_; // the rows hold on to it
     TitleBar *title_;
     NoticeBanner *banner_;
     RowList *rows_;
@@ -80,6 +97,8 @@ private:
     View *scrim_;
     StyleMenu *menu_;
     View *overlay_;
+    FocusMark *focusMark_;
+    QWidget *announcer_; // speaks for news that takes no focus (toast, output, banner, hint)
     QSizeF lastSize_;
 };
 

@@ -2,15 +2,78 @@
 
 #include "timerrow.h"
 
+#include "namefield.h"
+
+#include <QApplication>
 #include <QCursor>
+#include <QKeyEvent>
 #include <QSet>
 #include <QWheelEvent>
 
 namespace tock {
 
-RowList::RowList(AppModel *model, QWidget *parent) : View(model, parent)
+RowList::RowList(AppModel *model, const ViewContext &context, QWidget *parent) : View(model, parent), context_(context)
 {
     sync();
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget *, QWidget *now) {
+        for (QWidget *w = now; w && w != this; w = w->parentWidget()) {
+            if (const auto *row = qobject_cast<TimerRow *>(w)) {
+                ensureVisible(row);
+                return;
+            }
+        }
+    });
+}
+
+void RowList::keyPressEvent(QKeyEvent *event)
+{
+    QWidget *focus = QApplication::focusWidget();
+    const QList<TimerRow *> ordered = rows();
+    qsizetype at = -1;
+    for (qsizetype i = 0; i < ordered.size() && at < 0; ++i) {
+        if (ordered.at(i)->isAncestorOf(focus))
+            at = i;
+    }
+    const int kind = at < 0 ? -1 : ordered.at(at)->controlKind(focus);
+    if (kind < 0)
+        return View::keyPressEvent(event);
+    TimerRow *row = ordered.at(at);
+    const QUuid id = row->id();
+    const Qt::KeyboardModifiers held = event->modifiers() & ~Qt::KeypadModifier;
+    const int key = event->key();
+    const bool up = key == Qt::Key_Up, down = key == Qt::Key_Down;
+    if ((up || down) && held == Qt::NoModifier) {
+        const qsizetype to = at + (up ? -1 : 1);
+        if (to >= 0 && to < ordered.size())
+            ordered.at(to)->control(kind)->setFocus(Qt::OtherFocusReason);
+    } else if ((up || down) && held == Qt::AltModifier) {
+        model()->moveTimer(id, at + (up ? -1 : 1)); // the row keeps its focus
+    } else if ((key == Qt::Key_Delete || key == Qt::Key_Backspace) && (held & ~Qt::ShiftModifier) == Qt::NoModifier) {
+        model()->deleteTimer(id);
+        // The focus goes on to the row that took its place, same control.
+        const QList<TimerRow *> left = rows();
+        if (!left.isEmpty())
+            left.at(std::min<qsizetype>(at, left.size() - 1))->control(kind)->setFocus(Qt::OtherFocusReason);
+        else
+            focusNextPrevChild(true);
+    } else if (key == Qt::Key_F2 && held == Qt::NoModifier) {
+        row->nameField()->rename();
+    } else if ((key == Qt::Key_F10 && held == Qt::ShiftModifier) || key == Qt::Key_Menu) {
+        row->showMenu(focus->mapToGlobal(focus->rect().center()));
+    } else {
+        return View::keyPressEvent(event);
+    }
+}
+
+void RowList::ensureVisible(const TimerRow *row)
+{
+    const qreal top = row->y() / zoom();
+    const qreal bottom = (row->y() + row->height()) / zoom();
+    const qreal view = unzoomedSize().height();
+    if (top < 0)
+        scrollBy(top - theme().contentPadding);
+    else if (bottom > view)
+        scrollBy(bottom - view + theme().contentPadding);
 }
 
 QList<TimerRow *> RowList::rows() const
@@ -43,7 +106,7 @@ void RowList::sync()
     for (int i = 0; i < timers.size(); ++i) {
         TimerRow *row = rows_.value(timers.at(i).id);
         if (!row) {
-            row = new TimerRow(model(), this, timers.at(i).id);
+            row = new TimerRow(model(), context_, this, timers.at(i).id);
             rows_.insert(timers.at(i).id, row);
             row->show();
         }

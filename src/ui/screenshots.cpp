@@ -2,7 +2,10 @@
 
 #include "editmask.h"
 #include "panelindicator.h"
+#include "focusmark.h"
 #include "rootview.h"
+#include "rowlist.h"
+#include "timerrow.h"
 #include "timeedit.h"
 #include "tockwindow.h"
 
@@ -101,6 +104,7 @@ const QStringList &scenes()
         QStringLiteral("invalid"), QStringLiteral("notice"), QStringLiteral("zoom"),       QStringLiteral("swipe"),
         QStringLiteral("swipe-long"), QStringLiteral("inactive"), QStringLiteral("long"), QStringLiteral("edit-long"),
         QStringLiteral("default"),
+        QStringLiteral("focus"),
     };
     return names;
 }
@@ -160,7 +164,7 @@ std::unique_ptr<AppModel> sceneModel(const QString &scene, StyleID style, UndoMa
     return model;
 }
 
-QImage render(AppModel &model, qreal pixelRatio, bool inactive, std::optional<TimeField> maskField)
+QImage render(AppModel &model, qreal pixelRatio, bool inactive, std::optional<TimeField> maskField, bool markFocus)
 {
     TockWindow window(&model, {});
     window.setProperty("tockInactive", inactive);
@@ -169,6 +173,10 @@ QImage render(AppModel &model, qreal pixelRatio, bool inactive, std::optional<Ti
     if (maskField) {
         for (EditMask *mask : window.findChildren<EditMask *>())
             mask->setMaskCursor(MaskCursor(*maskField, true));
+    }
+    if (markFocus && model.board().timers.size() > 1) {
+        const TimerRow *row = window.rootView()->rowList()->row(model.board().timers.at(1).id);
+        window.rootView()->focusMark()->showOn(row->playButton());
     }
     QImage image(window.size() * pixelRatio, QImage::Format_ARGB32_Premultiplied);
     image.setDevicePixelRatio(pixelRatio);
@@ -204,7 +212,8 @@ int writeAll(const QString &directory, QTextStream &err)
             const std::optional<TimeField> cursor =
                 scene == QLatin1String("edit") ? std::optional<TimeField>(TimeField::minutes) : std::nullopt;
             const qreal ratio = pixelRatio(scene);
-            const QImage image = render(*model, ratio, scene == QLatin1String("inactive"), cursor);
+            const QImage image = render(*model, ratio, scene == QLatin1String("inactive"), cursor,
+                                        scene == QLatin1String("focus"));
             const QString file = raw + QLatin1Char('/') + scene + QStringLiteral(".png");
             if (!image.save(root.filePath(file))) {
                 err << "tock: could not write " << root.filePath(file) << '\n';

@@ -32,7 +32,9 @@ std::unique_ptr<AppModel> sceneModel(const QString &scene, StyleID style, UndoMa
 
 // The window rendered into a transparent image at `pixelRatio`; an open time mask shows its
 // cursor on `maskField` when given.
-QImage render(AppModel &model, qreal pixelRatio, bool inactive, std::optional<TimeField> maskField = std::nullopt);
+// `markFocus` shows the keyboard focus mark on the second row's start button.
+QImage render(AppModel &model, qreal pixelRatio, bool inactive, std::optional<TimeField> maskField = std::nullopt,
+              bool markFocus = false);
 
 // Writes DIR/<style>/<scene>.png for every style and scene and DIR/index.html. Returns the exit
 // status (0, or 1 with a message on `err` when a file could not be written).

@@ -3,7 +3,9 @@
 #include "draw.h"
 #include "glyph.h"
 
-#include <QMouseEvent>
+#include <QApplication>
+#include <QKeyEvent>
+
 
 namespace tock {
 
@@ -12,11 +14,17 @@ constexpr qreal menuPadding = 6;
 constexpr qreal markerWidth = 22;
 } // namespace
 
-StyleMenuItem::StyleMenuItem(AppModel *model, QWidget *parent, StyleID style) : View(model, parent), style_(style)
+StyleMenuItem::StyleMenuItem(AppModel *model, QWidget *parent, StyleID style)
+    : ButtonView(model, parent), style_(style)
 {
-    setFocusPolicy(Qt::NoFocus);
-    setCursor(Qt::PointingHandCursor);
     setAccessibleName(StyleIDs::displayName(style));
+    setAccessibleChecked(model->style() == style);
+    connect(model, &AppModel::styleChanged, this, [this] { setAccessibleChecked(this->model()->style() == style_); });
+    connect(this, &ButtonView::clicked, this, [this] {
+        AppModel *m = this->model();
+        m->setStyleMenuOpen(false);
+        m->setStyle(style_);
+    });
 }
 
 void StyleMenuItem::paintEvent(QPaintEvent *)
@@ -26,7 +34,7 @@ void StyleMenuItem::paintEvent(QPaintEvent *)
     const Theme &t = theme();
     const QRectF area = unzoomedRect();
     QColor ink = t.sbInk.isValid() ? t.nameInk : t.nameInk;
-    if (hovered_) {
+    if (isHovered() || hasFocus()) {
         Draw::Panel panel;
         panel.fill = panel.fill2 = t.menuSelectedFill;
         panel.shape = t.menuItemShape;
@@ -84,27 +92,6 @@ void StyleMenuItem::paintMarker(QPainter &painter, const QRectF &rect, const QCo
     painter.restore();
 }
 
-void StyleMenuItem::enterEvent(QEnterEvent *)
-{
-    hovered_ = true;
-    update();
-}
-
-void StyleMenuItem::leaveEvent(QEvent *)
-{
-    hovered_ = false;
-    update();
-}
-
-void StyleMenuItem::mouseReleaseEvent(QMouseEvent *event)
-{
-    if (event->button() != Qt::LeftButton || !rect().contains(event->position().toPoint()))
-        return;
-    AppModel *m = model();
-    m->setStyleMenuOpen(false);
-    m->setStyle(style_);
-}
-
 // ---------------------------------------------------------------------------------------------
 
 StyleMenu::StyleMenu(AppModel *model, QWidget *parent) : View(model, parent)
@@ -155,6 +142,22 @@ void StyleMenu::relayout()
         y += t.menuRowHeight;
     }
     update();
+}
+
+void StyleMenu::keyPressEvent(QKeyEvent *event)
+{
+    const qsizetype at = items_.indexOf(QApplication::focusWidget());
+    const int key = event->key();
+    if (key == Qt::Key_Escape) {
+        model()->setStyleMenuOpen(false);
+    } else if ((key == Qt::Key_Up || key == Qt::Key_Down) && at >= 0) {
+        const qsizetype n = items_.size();
+        items_.at(((at + (key == Qt::Key_Up ? -1 : 1)) % n + n) % n)->setFocus(Qt::OtherFocusReason);
+    } else if (key == Qt::Key_Home || key == Qt::Key_End) {
+        items_.at(key == Qt::Key_Home ? 0 : items_.size() - 1)->setFocus(Qt::OtherFocusReason);
+    } else {
+        View::keyPressEvent(event);
+    }
 }
 
 void StyleMenu::resizeEvent(QResizeEvent *)

@@ -2,28 +2,25 @@
 // Choosing one sets the style and closes the menu.
 #pragma once
 
-#include "view.h"
+#include "buttonview.h"
 
 #include <QList>
 
 namespace tock {
 
-class StyleMenuItem : public View {
+class StyleMenuItem : public ButtonView {
     Q_OBJECT
 public:
     StyleMenuItem(AppModel *model, QWidget *parent, StyleID style);
     StyleID style() const { return style_; }
+    QAccessible::Role accessibleRole() const override { return QAccessible::MenuItem; }
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void enterEvent(QEnterEvent *event) override;
-    void leaveEvent(QEvent *event) override;
-    void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
     void paintMarker(QPainter &painter, const QRectF &rect, const QColor &color);
     StyleID style_;
-    bool hovered_ = false;
 };
 
 class StyleMenu : public View {
@@ -40,6 +37,8 @@ public:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    // ↑ and ↓ move between the items, Escape closes the menu; Return and Space choose.
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     QList<StyleMenuItem *> items_;

@@ -220,6 +220,10 @@ Theme buildClassic()
 
     t.shadowOffset = 3;
     t.ruleInk = ink;
+    t.focusKind = FocusKind::ring;
+    t.focusInk = ink;
+    t.focusShape = ShapeKind::rect(6);
+    t.focusWidth = 2;
     return t;
 }
 
@@ -245,7 +249,7 @@ Theme buildColor()
     t.sbFill = Theme::Palette::mint;
     t.sbHover = QColor(0xA6, 0xEB, 0xCC);
     t.accent = Theme::Palette::sky;
-    t.muted = QColor(0x5E, 0x58, 0x4C);
+    t.muted = QColor(0x3A, 0x35, 0x2D); // readable on every tint, coral included
     return t;
 }
 
@@ -301,7 +305,7 @@ Theme buildGameboy()
     t.menuMarker = MarkerKind::pixelArrow;
     t.menuRowHeight = 26;
 
-    t.muted = D::c1;
+    t.muted = D::c0; // the middle shades are too close to the screen for text
     t.accent = D::c1;
     t.danger = D::c0;
 
@@ -388,6 +392,10 @@ Theme buildGameboy()
 
     t.shadowOffset = 4;
     t.ruleInk = D::c0;
+    t.focusKind = FocusKind::ring;
+    t.focusInk = D::c0;
+    t.focusShape = ShapeKind::notched(2);
+    t.focusWidth = 2;
     return t;
 }
 
@@ -450,7 +458,7 @@ Theme buildBraun()
     t.menuMarker = MarkerKind::square;
     t.menuRowHeight = 28;
 
-    t.muted = QColor(0x6E, 0x6A, 0x61);
+    t.muted = QColor(0x62, 0x5E, 0x56);
     t.accent = orange;
     t.danger = QColor(0xC8, 0x3F, 0x25);
 
@@ -538,6 +546,10 @@ Theme buildBraun()
     t.shadowOffset = 2; // the depth of a key's lip
     t.ruleInk = edge;
     t.revealFont = calculatorDigits(13);
+    t.focusKind = FocusKind::ring;
+    t.focusInk = ink;
+    t.focusShape = ShapeKind::rect(7);
+    t.focusWidth = 2;
     return t;
 }
 
@@ -545,6 +557,9 @@ Theme buildBraun()
 Theme buildAmber()
 {
     using A = Theme::Amber;
+    // The palette's dim is too faint for text on the dark screen; this is its brightest step.
+    const QColor dimText(0xB5, 0x80, 0x3A);
+
     Theme t;
     t.windowFill = A::bg;
     t.windowFill2 = A::bg;
@@ -593,7 +608,7 @@ Theme buildAmber()
     t.menuMarker = MarkerKind::star;
     t.menuRowHeight = 26;
 
-    t.muted = A::dim;
+    t.muted = dimText;
     t.accent = A::ink;
     t.danger = QColor(0xE8, 0x5D, 0x34);
 
@@ -642,7 +657,7 @@ Theme buildAmber()
     t.buttonFill2 = clear;
     t.buttonHover = A::faint;
     t.buttonPressed = A::ink;
-    t.buttonInk = A::dim;
+    t.buttonInk = dimText;
     t.buttonPressedInk = A::bg;
     t.buttonBorder = clear;
     t.buttonBorderWidth = 0;
@@ -684,6 +699,9 @@ Theme buildAmber()
     // Inverse video, so the uncovered word stands on its own ground.
     t.revealFill = A::ink;
     t.revealInk = A::bg;
+    t.focusKind = FocusKind::brackets;
+    t.focusInk = A::ink;
+    t.focusWidth = 1.5;
     return t;
 }
 
@@ -830,6 +848,10 @@ Theme buildFlap()
 
     t.shadowOffset = 0;
     t.ruleInk = black;
+    t.focusKind = FocusKind::ring;
+    t.focusInk = F::yellow;
+    t.focusShape = ShapeKind::rect(5);
+    t.focusWidth = 2;
     return t;
 }
 
@@ -838,6 +860,9 @@ Theme buildShell()
 {
     using T = Theme::Term;
     const QColor edge(0x3A, 0x3B, 0x41);
+
+    // The palette's dim is too faint for text on the bar and the window; a lighter grey reads.
+    const QColor dimText(0x9D, 0xA2, 0xAD);
 
     Theme t;
     t.windowFill = T::bg;
@@ -857,14 +882,14 @@ Theme buildShell()
     t.titleRuleWidth = 1;
     t.titleText = QStringLiteral("tock — zsh");
     t.titleFont = uiFont(12, QFont::Medium);
-    t.titleInk = T::dim;
+    t.titleInk = dimText;
     t.titleTracking = 0;
     t.titleCentered = true;
     t.windowButtons = WindowButtonsKind::traffic;
 
     t.sbFont = monoFont(11, QFont::Normal);
     t.sbFill = clear;
-    t.sbInk = T::dim;
+    t.sbInk = dimText;
     t.sbBorder = clear;
     t.sbBorderWidth = 0;
     t.sbShape = ShapeKind::rect(4);
@@ -887,7 +912,7 @@ Theme buildShell()
     t.menuMarker = MarkerKind::square;
     t.menuRowHeight = 24;
 
-    t.muted = T::dim;
+    t.muted = dimText;
     t.accent = T::green;
     t.danger = T::red;
 
@@ -936,7 +961,7 @@ Theme buildShell()
     t.buttonFill2 = clear;
     t.buttonHover = withAlpha(T::text, 0x14);
     t.buttonPressed = T::sel;
-    t.buttonInk = T::dim;
+    t.buttonInk = dimText;
     t.buttonPressedInk = T::text;
     t.buttonBorder = clear;
     t.buttonBorderWidth = 0;
@@ -977,6 +1002,9 @@ Theme buildShell()
     t.leaderDots = true;
     t.revealFill = T::red;
     t.revealInk = T::bg;
+    t.focusKind = FocusKind::brackets;
+    t.focusInk = T::green;
+    t.focusWidth = 1.5;
     return t;
 }
 

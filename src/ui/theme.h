@@ -51,6 +51,8 @@ enum class AddStyle { button, panel, prompt };
 enum class CaretKind { block, bar };
 // How a row draws its time: plain text, text inside a display well, or split-flap tiles.
 enum class TimeKind { plain, well, flap };
+// The keyboard focus mark: a ring around the control, or a bracket at each side of it.
+enum class FocusKind { ring, brackets };
 
 struct Theme {
     // An overlay painted over the whole window.
@@ -251,6 +253,12 @@ struct Theme {
     QColor revealFill;
     QColor revealInk;
     std::optional<QFont> revealFont;
+    // The mark around the control with the keyboard focus, at least 3:1 against the fills
+    // around it.
+    FocusKind focusKind = FocusKind::ring;
+    QColor focusInk;
+    ShapeKind focusShape; // of the ring
+    qreal focusWidth = 2;
 
     friend bool operator==(const Theme &, const Theme &) = default;
 

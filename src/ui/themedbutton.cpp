@@ -2,15 +2,10 @@
 
 #include "draw.h"
 
-#include <QMouseEvent>
 
 namespace tock {
 
-ThemedButton::ThemedButton(AppModel *model, QWidget *parent, Role role) : View(model, parent), role_(role)
-{
-    setFocusPolicy(Qt::NoFocus);
-    setCursor(Qt::PointingHandCursor);
-}
+ThemedButton::ThemedButton(AppModel *model, QWidget *parent, Role role) : ButtonView(model, parent), role_(role) {}
 
 void ThemedButton::setRole(Role role)
 {
@@ -109,7 +104,7 @@ void ThemedButton::paintEvent(QPaintEvent *)
         panel.border = t.primaryBorder;
         ink = t.primaryInk;
     }
-    if (pressed_) {
+    if (isPressed()) {
         panel.fill = panel.fill2 = t.buttonPressed;
         ink = t.buttonPressedInk;
         if (panel.hardShadow || panel.lip) {
@@ -117,11 +112,11 @@ void ThemedButton::paintEvent(QPaintEvent *)
             key.translate(shadow, shadow);
             panel.hardShadow = panel.lip = false;
         }
-    } else if (hovered_ && role_ == Role::key) {
+    } else if (isHovered() && role_ == Role::key) {
         panel.fill = panel.fill2 = t.buttonHover;
     }
     if (isWord()) {
-        if (hovered_ && role_ != Role::running)
+        if (isHovered() && role_ != Role::running)
             ink = t.accent;
         Draw::text(painter, key, Qt::AlignCenter, Glyphs::word(t, *glyph_), Glyphs::wordFont(t), ink);
         return;
@@ -147,36 +142,6 @@ void ThemedButton::paintEvent(QPaintEvent *)
         const qreal s = t.iconSize;
         Glyphs::paint(painter, t, *glyph_, QRectF(key.center() - QPointF(s / 2, s / 2), QSizeF(s, s)), ink);
     }
-}
-
-void ThemedButton::enterEvent(QEnterEvent *)
-{
-    hovered_ = true;
-    update();
-}
-
-void ThemedButton::leaveEvent(QEvent *)
-{
-    hovered_ = false;
-    update();
-}
-
-void ThemedButton::mousePressEvent(QMouseEvent *event)
-{
-    if (event->button() != Qt::LeftButton)
-        return QWidget::mousePressEvent(event);
-    pressed_ = true;
-    update();
-}
-
-void ThemedButton::mouseReleaseEvent(QMouseEvent *event)
-{
-    if (event->button() != Qt::LeftButton || !pressed_)
-        return QWidget::mouseReleaseEvent(event);
-    pressed_ = false;
-    update();
-    if (rect().contains(event->position().toPoint()))
-        Q_EMIT clicked();
 }
 
 } // namespace tock

@@ -3,14 +3,14 @@
 // turns them into model calls.
 #pragma once
 
+#include "buttonview.h"
 #include "glyph.h"
-#include "view.h"
 
 #include <optional>
 
 namespace tock {
 
-class ThemedButton : public View {
+class ThemedButton : public ButtonView {
     Q_OBJECT
 public:
     enum class Role { key, running, primary };
@@ -26,17 +26,9 @@ public:
     void setOpacity(qreal opacity);
     // The size the button wants in unzoomed points.
     QSizeF preferredSize() const;
-    bool isHovered() const { return hovered_; }
-
-Q_SIGNALS:
-    void clicked();
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void enterEvent(QEnterEvent *event) override;
-    void leaveEvent(QEvent *event) override;
-    void mousePressEvent(QMouseEvent *event) override;
-    void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
     bool isWord() const;
@@ -46,8 +38,6 @@ private:
     QString text_;
     qreal opacity_ = 1;
     int rowIndex_ = 0;
-    bool hovered_ = false;
-    bool pressed_ = false;
 };
 
 } // namespace tock

@@ -4,11 +4,12 @@
 #include "editmask.h"
 #include "flapclock.h"
 #include "flaptext.h"
-#include "rootview.h"
 #include "namefield.h"
 #include "glyph.h"
 #include "timevalues.h"
+#include "viewcontext.h"
 
+#include <QApplication>
 #include <QContextMenuEvent>
 #include <QEasingCurve>
 #include <QMenu>
@@ -49,7 +50,10 @@ qreal colonWidth(const Theme &t) { return std::round(t.timeSize * 0.3); }
 
 class RowFace : public View {
 public:
-    RowFace(AppModel *model, TimerRow *row) : View(model, row), row_(row) {}
+    RowFace(AppModel *model, TimerRow *row) : View(model, row), row_(row)
+    {
+        setProperty("tockAccessibleFlat", true); // only draws: its controls belong to the row
+    }
 
 protected:
     void paintEvent(QPaintEvent *event) override
@@ -95,13 +99,12 @@ private:
 
 // ---------------------------------------------------------------------------------------------
 
-LiveTimeButton::LiveTimeButton(AppModel *model, QWidget *parent, QUuid id) : View(model, parent), id_(id)
+LiveTimeButton::LiveTimeButton(AppModel *model, const ViewContext &context, QWidget *parent, QUuid id)
+    : ButtonView(model, parent), context_(context), id_(id)
 {
-    setFocusPolicy(Qt::NoFocus);
-    setCursor(Qt::PointingHandCursor);
+    connect(this, &ButtonView::clicked, this, [this] { this->model()->beginEdit(id_); });
     connect(model->displayTick(), &DisplayTick::tickChanged, this, &LiveTimeButton::onTick);
     shownLength_ = text().size();
-    setAccessibleName(accessibleText(text()));
 }
 
 QString LiveTimeButton::text() const
@@ -146,7 +149,6 @@ void LiveTimeButton::onTick()
     if (!timer || !timer->isRunning() || model()->editingID() == id_)
         return;
     const QString shown = text();
-    setAccessibleName(accessibleText(shown));
     if (shown.size() != shownLength_) {
         shownLength_ = shown.size();
         Q_EMIT widthChanged();
@@ -157,20 +159,17 @@ void LiveTimeButton::onTick()
         update();
 }
 
-void LiveTimeButton::restyle()
+void LiveTimeButton::restyle(std::optional<QColor> ground)
 {
     const Theme &t = theme();
-    const RootView *root = nullptr;
-    for (QWidget *w = parentWidget(); w && !root; w = w->parentWidget())
-        root = qobject_cast<RootView *>(w);
-    if (t.timeKind != TimeKind::flap || !root) {
+    if (t.timeKind != TimeKind::flap || !context_.flapClock) {
         delete flap_;
         flap_ = nullptr;
         update();
         return;
     }
     if (!flap_) {
-        flap_ = new FlapText(root->flapClock(), this);
+        flap_ = new FlapText(context_.flapClock, this);
         flap_->setAttribute(Qt::WA_TransparentForMouseEvents);
         flap_->show();
     }
@@ -186,14 +185,11 @@ void LiveTimeButton::restyle()
     style.radius = t.wellShape.radius * z;
     style.gap = tileGap() * z;
     style.separatorWidth = (colonWidth(t) - tileGap()) * z;
-    // A flat card under the tiles lets them paint it themselves; an embossed one has edges.
-    const TimerRow *row = nullptr;
-    for (QWidget *w = parentWidget(); w && !row; w = w->parentWidget())
-        row = qobject_cast<TimerRow *>(w);
-    if (row && !t.rowEmbossed)
-        style.ground = row->cardFill();
+    // A flat card under the tiles lets them paint it themselves.
+    if (ground)
+        style.ground = *ground;
     flap_->setStyle(style);
-    flap_->setAnimated(root->isAnimated());
+    flap_->setAnimated(context_.animated);
     flap_->setText(text());
     View::place(flap_, rect());
 }
@@ -292,19 +288,12 @@ void LiveTimeButton::paintTiles(QPainter &painter, const QRectF &rect, const QSt
     }
 }
 
-void LiveTimeButton::mouseReleaseEvent(QMouseEvent *event)
-{
-    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
-        model()->beginEdit(id_);
-}
-
 // ---------------------------------------------------------------------------------------------
 
-DeleteReveal::DeleteReveal(AppModel *model, QWidget *parent, QUuid id) : View(model, parent), id_(id)
+DeleteReveal::DeleteReveal(AppModel *model, QWidget *parent, QUuid id) : ButtonView(model, parent)
 {
-    setFocusPolicy(Qt::NoFocus);
-    setCursor(Qt::PointingHandCursor);
     setAccessibleName(QStringLiteral("Delete"));
+    connect(this, &ButtonView::clicked, this, [this, id] { this->model()->deleteTimer(id); });
 }
 
 void DeleteReveal::paintEvent(QPaintEvent *)
@@ -336,12 +325,6 @@ void DeleteReveal::setUncovered(qreal left)
     update();
 }
 
-void DeleteReveal::mouseReleaseEvent(QMouseEvent *event)
-{
-    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
-        model()->deleteTimer(id_);
-}
-
 // ---------------------------------------------------------------------------------------------
 
 void LeaderDots::paintEvent(QPaintEvent *)
@@ -362,10 +345,10 @@ void LeaderDots::paintEvent(QPaintEvent *)
 
 // ---------------------------------------------------------------------------------------------
 
-TimerRow::TimerRow(AppModel *model, QWidget *parent, QUuid id)
+TimerRow::TimerRow(AppModel *model, const ViewContext &context, QWidget *parent, QUuid id)
     : View(model, parent), id_(id), reveal_(new DeleteReveal(model, this, id)), face_(new RowFace(model, this)),
       name_(new NameField(model, id, face_)), dots_(new LeaderDots(model, face_)),
-      time_(new LiveTimeButton(model, face_, id)), play_(new ThemedButton(model, face_)),
+      time_(new LiveTimeButton(model, context, face_, id)), play_(new ThemedButton(model, face_)),
       reset_(new ThemedButton(model, face_))
 {
     play_->setAccessibleName(QStringLiteral("Start"));
@@ -393,13 +376,20 @@ void TimerRow::followEdit()
 {
     const bool editing = model()->editingID() == id_ && model()->draft().has_value();
     if (editing && !mask_) {
+        maskFromKeys_ = time_->hasFocus();
         mask_ = new EditMask(model(), face_);
         mask_->show();
         mask_->refocus();
     } else if (!editing && mask_) {
+        // A mask closed from the keyboard leaves the focus on the time it edited.
+        const QWidget *focus = QApplication::focusWidget();
+        const bool hadKeys = focus && mask_->isAncestorOf(focus);
         mask_->hide();
         mask_->deleteLater();
         mask_ = nullptr;
+        time_->setVisible(true);
+        if (hadKeys && maskFromKeys_)
+            time_->setFocus(Qt::OtherFocusReason);
     }
     time_->setVisible(!mask_);
 }
@@ -477,21 +467,19 @@ void TimerRow::refresh()
     play_->setGlyph(running ? Glyph::pause : Glyph::play);
     play_->setRole(running ? ThemedButton::Role::running : ThemedButton::Role::key);
     play_->setAccessibleName(running ? QStringLiteral("Pause") : QStringLiteral("Start"));
+    play_->setAccessibleChecked(running);
     play_->setToolTip(play_->accessibleName());
-    time_->setAccessibleName(LiveTimeButton::accessibleText(time_->text()));
-    time_->restyle();
-    const Theme &t = theme();
+    // A flat card under the tiles lets them paint it themselves; an embossed one has edges.
+    time_->restyle(theme().rowEmbossed ? std::nullopt : std::optional<QColor>(cardFill()));
     const std::optional<bool> active =
         window()->property("tockInactive").toBool() ? std::optional<bool>(false) : std::nullopt;
-    name_->setTheme(&t);
-    name_->setZoom(zoom());
+    name_->restyle();
     name_->setPaintsActive(active);
     if (timer)
         name_->setName(timer->name);
     followEdit();
     if (mask_) {
-        mask_->setTheme(&t);
-        mask_->setZoom(zoom());
+        mask_->restyle();
         mask_->setPaintsActive(active);
     }
     relayout();
@@ -575,12 +563,57 @@ void TimerRow::leaveEvent(QEvent *)
         model()->setHoveredID(std::nullopt);
 }
 
+QList<QWidget *> TimerRow::focusControls() const
+{
+    QList<QWidget *> controls{name_};
+    if (!mask_)
+        controls << time_;
+    return controls << play_ << reset_;
+}
+
+int TimerRow::controlKind(const QWidget *widget) const
+{
+    const QWidget *kinds[] = {name_, time_, play_, reset_};
+    for (int i = 0; i < 4; ++i) {
+        if (widget && (widget == kinds[i] || kinds[i]->isAncestorOf(widget)))
+            return i;
+    }
+    return -1;
+}
+
+QWidget *TimerRow::control(int kind) const
+{
+    QWidget *kinds[] = {name_, mask_ ? static_cast<QWidget *>(play_) : time_, play_, reset_};
+    return kinds[std::clamp(kind, 0, 3)];
+}
+
+QString TimerRow::accessibleLabel() const
+{
+    const std::optional<TimerItem> timer = timerOf(model(), id_);
+    const QString name = timer && !timer->name.isEmpty() ? timer->name : QStringLiteral("Untitled");
+    return name + QStringLiteral(", ") + time_->text();
+}
+
+QList<QWidget *> TimerRow::accessibleChildren() const
+{
+    QList<QWidget *> children{name_};
+    children << (mask_ ? static_cast<QWidget *>(mask_) : time_) << play_ << reset_;
+    if (reveal_->isVisible())
+        children << reveal_;
+    return children;
+}
+
 void TimerRow::contextMenuEvent(QContextMenuEvent *event)
+{
+    showMenu(event->globalPos());
+}
+
+void TimerRow::showMenu(const QPoint &globalPos)
 {
     QMenu menu(this);
     QAction *reset = menu.addAction(QStringLiteral("Reset"));
     QAction *remove = menu.addAction(QStringLiteral("Delete Timer"));
-    QAction *chosen = menu.exec(event->globalPos());
+    QAction *chosen = menu.exec(globalPos);
     // The row may be gone once the model acts, so nothing of `this` is used afterwards.
     AppModel *m = model();
     const QUuid id = id_;

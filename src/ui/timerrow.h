@@ -16,20 +16,24 @@ namespace tock {
 class EditMask;
 class FlapText;
 class NameField;
+struct ViewContext;
 
 // The time display: redrawn by the shared display tick (only while its timer runs), and only
 // its own rectangle. A click opens the time edit.
-class LiveTimeButton : public View {
+class LiveTimeButton : public ButtonView {
     Q_OBJECT
 public:
-    LiveTimeButton(AppModel *model, QWidget *parent, QUuid id);
+    LiveTimeButton(AppModel *model, const ViewContext &context, QWidget *parent, QUuid id);
     // The width the time needs in unzoomed points for `text` (the digits' count matters).
     static qreal widthFor(const Theme &theme, const QString &text);
     static qreal heightFor(const Theme &theme);
     QString text() const;
     static QString accessibleText(const QString &time);
-    // The theme or zoom changed: the split-flap tiles come, go or restyle.
-    void restyle();
+    // Current whenever a reader asks; only starts, pauses, resets and sets are announced.
+    QString accessibleLabel() const override { return accessibleText(text()); }
+    // The theme, zoom or the row's card changed: the split-flap tiles come, go or restyle.
+    // `ground` is the flat card under the time, if it is flat.
+    void restyle(std::optional<QColor> ground);
     FlapText *flapText() const { return flap_; }
 
 Q_SIGNALS:
@@ -38,12 +42,13 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void mouseReleaseEvent(QMouseEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    void pressStateChanged() override {}
 
 private:
     void onTick();
     void paintTiles(QPainter &painter, const QRectF &rect, const QString &text, bool running);
+    const ViewContext &context_;
     QUuid id_;
     qsizetype shownLength_ = 0;
     FlapText *flap_ = nullptr; // the tiles, in themes that draw the time on them
@@ -51,7 +56,7 @@ private:
 };
 
 // The delete button behind a row, uncovered when the row slides left.
-class DeleteReveal : public View {
+class DeleteReveal : public ButtonView {
     Q_OBJECT
 public:
     DeleteReveal(AppModel *model, QWidget *parent, QUuid id);
@@ -62,10 +67,9 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void mouseReleaseEvent(QMouseEvent *event) override;
+    void pressStateChanged() override {}
 
 private:
-    QUuid id_;
     qreal uncovered_ = 0;
 };
 
@@ -83,7 +87,7 @@ class TimerRow : public View {
     Q_OBJECT
     Q_PROPERTY(qreal offset READ offset WRITE setOffset)
 public:
-    TimerRow(AppModel *model, QWidget *parent, QUuid id);
+    TimerRow(AppModel *model, const ViewContext &context, QWidget *parent, QUuid id);
     ~TimerRow() override;
 
     const QUuid &id() const { return id_; }
@@ -113,6 +117,19 @@ public:
     NameField *nameField() const { return name_; }
     QWidget *face() const { return face_; }
 
+    // The row's controls in Tab order: name, time (not while the mask has the keys),
+    // start/pause, reset.
+    QList<QWidget *> focusControls() const;
+    // Which of name, time, start/pause and reset `widget` is (0 to 3), or -1; and back.
+    int controlKind(const QWidget *widget) const;
+    QWidget *control(int kind) const;
+    // What a screen reader calls the row: its timer's name (or "Untitled") and its time.
+    QString accessibleLabel() const;
+    // The row's parts as a screen reader lists them, the sliding face left out.
+    QList<QWidget *> accessibleChildren() const;
+    // Offers "Reset" and "Delete Timer" at `globalPos`.
+    void showMenu(const QPoint &globalPos);
+
 protected:
     void resizeEvent(QResizeEvent *event) override;
     void enterEvent(QEnterEvent *event) override;
@@ -132,6 +149,7 @@ private:
     View *face_;
     NameField *name_;
     EditMask *mask_ = nullptr;
+    bool maskFromKeys_ = false; // opened on the focused time: the focus comes back to it
     LeaderDots *dots_;
     LiveTimeButton *time_;
     ThemedButton *play_;

@@ -26,8 +26,11 @@ bool lights(const Theme &theme)
 
 // ---------------------------------------------------------------------------------------------
 
-WindowButton::WindowButton(AppModel *model, QWidget *parent, Action action) : View(model, parent), action_(action)
+WindowButton::WindowButton(AppModel *model, QWidget *parent, Action action)
+    : ButtonView(model, parent), action_(action)
 {
+    unsetCursor();
+    // Not a Tab stop: the window's keys close, minimize and resize it.
     setFocusPolicy(Qt::NoFocus);
     setToolTip(helpText(action));
     setAccessibleName(helpText(action));
@@ -80,7 +83,7 @@ void WindowButton::paintLight(QPainter &painter, const QRectF &rect)
                   : action_ == Action::minimize ? Theme::Palette::yellow : Theme::Palette::mint;
     if (!active)
         fill = t.dark ? QColor(0x4A, 0x4B, 0x50) : QColor(0xD8, 0xD4, 0xCC);
-    if (pressed_)
+    if (isPressed())
         fill = fill.darker(125);
     const QRectF light = rect.adjusted(0.5, 0.5, -0.5, -0.5);
     painter.setPen(QPen(t.dark ? fill.darker(160) : t.windowBorder, t.dark ? 0.8 : 1.2));
@@ -113,11 +116,11 @@ void WindowButton::paintBox(QPainter &painter, const QRectF &rect)
     QColor ink = t.buttonInk;
     if (t.icons == IconKind::word) {
         Draw::text(painter, rect, Qt::AlignCenter, word(), Glyphs::wordFont(t),
-                   hovered_ ? t.accent : t.muted);
+                   isHovered() ? t.accent : t.muted);
         return;
     }
     Draw::Panel panel;
-    panel.fill = panel.fill2 = pressed_ ? t.buttonPressed : hovered_ ? t.buttonHover : t.buttonFill;
+    panel.fill = panel.fill2 = isPressed() ? t.buttonPressed : isHovered() ? t.buttonHover : t.buttonFill;
     panel.border = t.buttonBorder;
     panel.borderWidth = std::min<qreal>(t.buttonBorderWidth, 1.5);
     ShapeKind shape = t.buttonShape;
@@ -131,40 +134,10 @@ void WindowButton::paintBox(QPainter &painter, const QRectF &rect)
     panel.lip = t.lipShadow;
     const QRectF box = t.lipShadow ? rect.adjusted(0, 0, 0, -1.5) : rect;
     Draw::panel(painter, box, panel);
-    if (pressed_)
+    if (isPressed())
         ink = t.buttonPressedInk;
     const qreal s = rect.width() * 0.62;
     Glyphs::paint(painter, t, glyph, QRectF(box.center() - QPointF(s / 2, s / 2), QSizeF(s, s)), ink);
-}
-
-void WindowButton::enterEvent(QEnterEvent *)
-{
-    hovered_ = true;
-    update();
-}
-
-void WindowButton::leaveEvent(QEvent *)
-{
-    hovered_ = false;
-    update();
-}
-
-void WindowButton::mousePressEvent(QMouseEvent *event)
-{
-    if (event->button() != Qt::LeftButton)
-        return;
-    pressed_ = true;
-    update();
-}
-
-void WindowButton::mouseReleaseEvent(QMouseEvent *event)
-{
-    if (event->button() != Qt::LeftButton || !pressed_)
-        return;
-    pressed_ = false;
-    update();
-    if (rect().contains(event->position().toPoint()))
-        Q_EMIT clicked();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -219,10 +192,9 @@ void WindowButtons::leaveEvent(QEvent *)
 
 // ---------------------------------------------------------------------------------------------
 
-StyleButton::StyleButton(AppModel *model, QWidget *parent) : View(model, parent)
+StyleButton::StyleButton(AppModel *model, QWidget *parent) : ButtonView(model, parent)
 {
-    setFocusPolicy(Qt::NoFocus);
-    setCursor(Qt::PointingHandCursor);
+    connect(this, &ButtonView::clicked, this, [this] { this->model()->setStyleMenuOpen(!this->model()->styleMenuOpen()); });
     setAccessibleName(QStringLiteral("Change style"));
     setToolTip(QStringLiteral("Change style"));
     refresh();
@@ -235,8 +207,13 @@ QString StyleButton::label() const
 
 void StyleButton::refresh()
 {
-    setAccessibleDescription(QStringLiteral("Style: ") + StyleIDs::displayName(model()->style()));
+    setAccessibleDescription(accessibleValue());
     update();
+}
+
+QString StyleButton::accessibleValue() const
+{
+    return QStringLiteral("Style: ") + StyleIDs::displayName(model()->style());
 }
 
 QSizeF StyleButton::preferredSize() const
@@ -256,7 +233,7 @@ void StyleButton::paintEvent(QPaintEvent *)
     const qreal shadow = t.sbHardShadow ? t.shadowOffset : 0;
     const QRectF body = unzoomedRect().adjusted(0, 0, -shadow, -shadow);
     Draw::Panel panel;
-    panel.fill = panel.fill2 = open ? t.sbOpenFill : hovered_ ? t.sbHover : t.sbFill;
+    panel.fill = panel.fill2 = open ? t.sbOpenFill : isHovered() ? t.sbHover : t.sbFill;
     panel.border = t.sbBorder;
     panel.borderWidth = t.sbBorderWidth;
     panel.shape = t.sbShape;
@@ -285,24 +262,6 @@ void StyleButton::paintEvent(QPaintEvent *)
         Glyphs::paint(painter, t, Glyph::chevron, QRectF(mark.center() + QPointF(-3, -5), QSizeF(10, 10)), ink);
         break;
     }
-}
-
-void StyleButton::enterEvent(QEnterEvent *)
-{
-    hovered_ = true;
-    update();
-}
-
-void StyleButton::leaveEvent(QEvent *)
-{
-    hovered_ = false;
-    update();
-}
-
-void StyleButton::mousePressEvent(QMouseEvent *event)
-{
-    if (event->button() == Qt::LeftButton)
-        model()->setStyleMenuOpen(!model()->styleMenuOpen());
 }
 
 // ---------------------------------------------------------------------------------------------

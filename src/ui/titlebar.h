@@ -2,14 +2,14 @@
 // text and the style button. Its empty area drags the window.
 #pragma once
 
-#include "view.h"
+#include "buttonview.h"
 
 #include <QPoint>
 
 namespace tock {
 
 // One window button: close, minimize or zoom.
-class WindowButton : public View {
+class WindowButton : public ButtonView {
     Q_OBJECT
 public:
     enum class Action { close, minimize, zoom };
@@ -19,23 +19,14 @@ public:
     // The window being inactive greys the lights out.
     static QString helpText(Action action);
 
-Q_SIGNALS:
-    void clicked();
-
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void enterEvent(QEnterEvent *event) override;
-    void leaveEvent(QEvent *event) override;
-    void mousePressEvent(QMouseEvent *event) override;
-    void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
     QString word() const; // the button in word themes
     void paintLight(QPainter &painter, const QRectF &rect);
     void paintBox(QPainter &painter, const QRectF &rect);
     Action action_;
-    bool hovered_ = false;
-    bool pressed_ = false;
 };
 
 // Close, minimize and zoom, in that order: the window's own buttons.
@@ -56,22 +47,19 @@ private:
 };
 
 // The button that opens the style menu: the current style's name and an open indicator.
-class StyleButton : public View {
+class StyleButton : public ButtonView {
     Q_OBJECT
 public:
     StyleButton(AppModel *model, QWidget *parent);
     QSizeF preferredSize() const;
     void refresh(); // the style or the menu changed
+    QString accessibleValue() const override;
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void enterEvent(QEnterEvent *event) override;
-    void leaveEvent(QEvent *event) override;
-    void mousePressEvent(QMouseEvent *event) override;
 
 private:
     QString label() const;
-    bool hovered_ = false;
 };
 
 class TitleBar : public View {

@@ -60,7 +60,8 @@ TockMenus::TockMenus(AppModel *model, QWidget *window, MenuActions actions)
 
     QMenu *timer = new QMenu(QStringLiteral("Timer"), window);
     item(timer, QStringLiteral("Add Timer"), [model] { model->addTimer(); })->setShortcut(chord(Qt::Key_N));
-    item(timer, QStringLiteral("Pause All"), [model] { model->pauseAll(); });
+    item(timer, QStringLiteral("Pause All"), [model] { model->pauseAll(); })
+        ->setShortcut(chord(Qt::Key_P, Qt::ShiftModifier));
 
     QMenu *size = new QMenu(QStringLiteral("Size"), window);
     // Ctrl+= is the same key as Ctrl++ without Shift on most layouts.
@@ -107,6 +108,18 @@ TockMenus::TockMenus(AppModel *model, QWidget *window, MenuActions actions)
 #endif
     refreshUndo();
     refreshStyle();
+
+#ifndef Q_OS_MACOS
+    // F10 opens the menus where the title bar's right-click does, ready for the arrows.
+    auto *menusKey = new QAction(this);
+    menusKey->setShortcut(QKeySequence(Qt::Key_F10));
+    menusKey->setShortcutContext(Qt::WindowShortcut);
+    window->addAction(menusKey);
+    connect(menusKey, &QAction::triggered, this, [this] {
+        context_->popup(window_->mapToGlobal(QPoint(window_->width() / 4, window_->height() / 8)));
+        context_->setActiveAction(context_->actions().value(0));
+    });
+#endif
 }
 
 TockMenus::~TockMenus()

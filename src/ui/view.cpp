@@ -1,5 +1,7 @@
 #include "view.h"
 
+#include "accessibility.h"
+
 #include <QCoreApplication>
 #include <QResizeEvent>
 
@@ -7,7 +9,11 @@
 
 namespace tock {
 
-View::View(AppModel *model, QWidget *parent) : QWidget(parent), model_(model) {}
+View::View(AppModel *model, QWidget *parent) : QWidget(parent), model_(model)
+{
+    // Before any view is described to a reader: an interface, once made, is kept.
+    Accessibility::install();
+}
 
 qreal View::zoom() const
 {

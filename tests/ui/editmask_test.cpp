@@ -71,11 +71,11 @@ private:
         QLineEdit *other = nullptr;
         QSignalSpy *beeps = nullptr;
 
-        explicit Scene(const Theme &theme = Theme::classic())
+        explicit Scene(StyleID style = StyleID::classic)
         {
             f.set(0, 3725); // 01:02:05
+            f.m().setStyle(style);
             mask = new EditMask(f.model.get(), &host);
-            mask->setTheme(&theme);
             mask->resize(mask->sizeHint());
             other = new QLineEdit(&host);
             other->move(0, 50);
@@ -172,7 +172,7 @@ private Q_SLOTS:
 
     void blinksOnlyWhenItShould()
     {
-        Scene shell(Theme::shell());
+        Scene shell(StyleID::shell);
         QVERIFY(shell.ready());
         auto *blink = shell.mask->findChild<CursorBlink *>();
         QVERIFY(blink->isBlinking());
@@ -184,7 +184,7 @@ private Q_SLOTS:
         shell.host.hide();
         QVERIFY(!blink->isBlinking());
 
-        Scene steady(Theme::gameboy());
+        Scene steady(StyleID::gameboy);
         QVERIFY(steady.ready());
         QVERIFY(!steady.mask->findChild<CursorBlink *>()->isBlinking());
     }
@@ -192,7 +192,7 @@ private Q_SLOTS:
     void invalidFieldUsesInvalidColours()
     {
         const Theme &theme = Theme::classic();
-        Scene s(theme);
+        Scene s;
         TimeEditDraft draft = *s.f.m().draft();
         draft.set(TimeField::minutes, QStringLiteral("75"));
         s.f.m().setDraft(draft);

@@ -34,7 +34,6 @@ private:
         NameField *add(const QUuid &id)
         {
             auto *name = new NameField(f.model.get(), id, &host);
-            name->setTheme(&Theme::classic());
             host.layout()->addWidget(name);
             return name;
         }

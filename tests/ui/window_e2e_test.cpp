@@ -222,6 +222,41 @@ private Q_SLOTS:
         QCOMPARE(saved(data_), set);
     }
 
+    // Keys alone, the pointer away from the window: Tab and the arrows reach a row's controls,
+    // Space presses them, F2 renames, Return opens the time, Alt+Up moves the row, Delete
+    // deletes it, the toast's Undo is reached with Tab, and F10 opens the menus.
+    void keysOnly()
+    {
+        launch();
+        xdo({"mousemove", "1020", "760"});
+        const auto at = [this](int i) { return saved(data_).value(i); };
+        keys({"Tab", "Tab", "Down", "Tab", "Tab", "space"}); // style button, name 1, name 2, time, start
+        QTRY_VERIFY_WITH_TIMEOUT(at(1).startsWith("Timer 2>"), 10000);
+        keys({"space"});
+        QTRY_VERIFY_WITH_TIMEOUT(at(1).startsWith("Timer 2="), 10000);
+
+        keys({"shift+Tab", "shift+Tab", "F2"});
+        xdo({"type", "--delay", "30", "Focus"});
+        keys({"Return"});
+        QTRY_VERIFY_WITH_TIMEOUT(at(1).startsWith("Focus="), 10000);
+
+        keys({"Tab", "Return", "0", "colon", "2", "colon", "5", "Return"});
+        QTRY_COMPARE_WITH_TIMEOUT(at(1), QString("Focus=125"), 10000);
+        keys({"alt+Up"});
+        QTRY_COMPARE_WITH_TIMEOUT(at(0), QString("Focus=125"), 10000);
+
+        keys({"Tab", "Tab", "space"}); // from the time: start, reset
+        QTRY_COMPARE_WITH_TIMEOUT(at(0), QString("Focus=0"), 10000);
+        keys({"Delete"});
+        QTRY_COMPARE_WITH_TIMEOUT(saved(data_), (QStringList{"Timer 1=0", "Timer 3=0"}), 10000);
+        // The focus went on to the reset key of the row below; six Tabs reach the toast's Undo.
+        keys({"Tab", "Tab", "Tab", "Tab", "Tab", "Tab", "space"});
+        QTRY_COMPARE_WITH_TIMEOUT(saved(data_), (QStringList{"Focus=0", "Timer 1=0", "Timer 3=0"}), 10000);
+
+        keys({"F10", "Return", "Return"}); // the first menu, its first item
+        QVERIFY2(!xdo({"search", "--sync", "--onlyvisible", "--name", "^About Tock$"}).isEmpty(), "no About panel");
+    }
+
     // A terminal started beside the window runs its lines in the window: the same board,
     // output and undo; a second window asks the first to come forward and leaves at once.
     void terminalAndSecondCopyUseTheRunningWindow()

@@ -410,13 +410,13 @@ private Q_SLOTS:
         settle(w.window.get());
         PromptView *prompt = w.root()->footer()->promptView();
         const QStringList shown = prompt->shownOutput();
-        QVERIFY(shown.size() > w.f.m().shellOutput().size());
+        QVERIFY(shown.size() > w.f.m().shell().shellOutput().size());
         const qreal width = prompt->width() / w.f.m().zoom();
         for (const QString &line : shown)
             QVERIFY2(Draw::textWidth(Theme::shell().nameFont, line) <= width, qPrintable(line));
         // Nothing is lost: the words are those of the output, in order.
         const auto words = [](const QStringList &lines) { return lines.join(' ').split(' ', Qt::SkipEmptyParts); };
-        QCOMPARE(words(shown), words(w.f.m().shellOutput()));
+        QCOMPARE(words(shown), words(w.f.m().shell().shellOutput()));
         QVERIFY(prompt->height() / w.f.m().zoom() >= prompt->preferredHeight() - 1);
     }
 
