@@ -1,6 +1,7 @@
 // The tock executable: the window by default, the terminal with --shell, the self-check with
 // --selftest, still renders with --screenshots and the rendering benchmark with --bench. Only the modes that draw create a GUI
 // application, so the terminal and the self-check run without any display.
+#include "reportmode.h"
 #include "selftest.h"
 #include "startup.h"
 #include "store.h"
@@ -49,7 +50,9 @@ int main(int argc, char **argv)
 {
     const tock::StartupMode mode = tock::StartupMode::parse(argumentsOf(argc, argv));
     const bool windowless = std::holds_alternative<tock::StartupMode::SelfTest>(mode.value)
-                         || std::holds_alternative<tock::StartupMode::Shell>(mode.value);
+                         || std::holds_alternative<tock::StartupMode::Shell>(mode.value)
+                         || std::holds_alternative<tock::StartupMode::Report>(mode.value)
+                         || std::holds_alternative<tock::StartupMode::Export>(mode.value);
 #ifdef TOCK_WITH_UI
     if (!windowless) {
         if (std::holds_alternative<tock::StartupMode::Screenshots>(mode.value)
@@ -95,6 +98,10 @@ int main(int argc, char **argv)
                 return tock::SelfTest::run(out);
             } else if constexpr (std::is_same_v<M, tock::StartupMode::Shell>) {
                 return tock::runTerminal(m.lines);
+            } else if constexpr (std::is_same_v<M, tock::StartupMode::Report>) {
+                return tock::runReport(m.range);
+            } else if constexpr (std::is_same_v<M, tock::StartupMode::Export>) {
+                return tock::runExport(m.format, m.range);
             } else {
                 // A build without widgets keeps the terminal as its only interface.
                 return tock::runTerminal({});
