@@ -143,7 +143,9 @@ AppSession::Start AppSession::start()
 
 void AppSession::openHistory(HistoryRecorder::Check check)
 {
-    if (!model_ || ended_ || model_->historyRecorder())
+    // While saving is paused nothing in the folder is written, the history included: timers
+    // that are never saved have no history worth keeping.
+    if (!model_ || ended_ || model_->historyRecorder() || store_->isBlocked())
         return;
     HistoryRecorder::Opening opening = HistoryRecorder::open(directory_, store_->stamp(), check);
     std::optional<QString> failure = opening.failure;

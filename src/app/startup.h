@@ -108,7 +108,8 @@ public:
     // Opens history.db and records every later edit of the board in it, after bringing it in
     // line with the board. A damaged history is set aside and a new one started; any problem
     // goes to the storage banner, never stops the timers. The window calls this after its first
-    // frame, so launching does not wait for it; the terminal right after start().
+    // frame, so launching does not wait for it; the terminal right after start(). Nothing while
+    // saving is paused (unreadable data, a damaged file not yet archived).
     void openHistory(HistoryRecorder::Check check);
     // The end of the application: finishes an open time edit, pauses every timer (which saves)
     // and releases the lock. Safe to call more than once.
