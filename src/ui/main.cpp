@@ -49,7 +49,7 @@ QStringList argumentsOf(int argc, char **argv)
 int main(int argc, char **argv)
 {
     const tock::StartupMode mode = tock::StartupMode::parse(argumentsOf(argc, argv));
-    const bool windowless = std::holds_alternative<tock::StartupMode::SelfTest>(mode.value)
+    [[maybe_unused]] const bool windowless = std::holds_alternative<tock::StartupMode::SelfTest>(mode.value)
                          || std::holds_alternative<tock::StartupMode::Shell>(mode.value)
                          || std::holds_alternative<tock::StartupMode::Report>(mode.value)
                          || std::holds_alternative<tock::StartupMode::Export>(mode.value);
