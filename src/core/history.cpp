@@ -70,8 +70,19 @@ struct Use {
 
 History::History(const QString &path, Access access) : path_(path), access_(access)
 {
+    try {
+        open(access);
+    } catch (...) {
+        // No destructor runs for a constructor that throws: let go of the handle here.
+        close();
+        throw;
+    }
+}
+
+void History::open(Access access)
+{
     const int flags = access == Access::write ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE : SQLITE_OPEN_READONLY;
-    const int code = sqlite3_open_v2(QFile::encodeName(path).constData(), &db_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+    const int code = sqlite3_open_v2(QFile::encodeName(path_).constData(), &db_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
     if (code != SQLITE_OK)
         fail(QStringLiteral("could not open"), code);
     // A reader may meet the writer's checkpoint; wait a little rather than fail.
@@ -94,17 +105,24 @@ History::History(const QString &path, Access access) : path_(path), access_(acce
             fail(QStringLiteral("could not read"), sqlite3_errcode(db_));
         const int v = sqlite3_column_int(version, 0);
         if (v > schemaVersion)
-            throw HistoryError{QStringLiteral("%1 was written by a newer version of Tock").arg(QFileInfo(path).fileName()), true};
+            throw HistoryError{QStringLiteral("%1 was written by a newer version of Tock").arg(QFileInfo(path_).fileName()), true};
         if (v < schemaVersion)
-            throw HistoryError{QStringLiteral("%1 holds no history yet").arg(QFileInfo(path).fileName()), false};
+            throw HistoryError{QStringLiteral("%1 holds no history yet").arg(QFileInfo(path_).fileName()), false};
     }
 }
 
 History::~History()
 {
+    close();
+}
+
+void History::close()
+{
     for (sqlite3_stmt *s : std::as_const(statements_))
         sqlite3_finalize(s);
+    statements_.clear();
     sqlite3_close(db_);
+    db_ = nullptr;
 }
 
 void History::fail(const QString &what, int code)

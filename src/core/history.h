@@ -108,6 +108,8 @@ public:
     static QString setAside(const QString &directory, const QString &stamp);
 
 private:
+    void open(Access access);
+    void close();
     void begin();
     void commit();
     void rollback();
