@@ -121,7 +121,7 @@ void History::close()
     for (sqlite3_stmt *s : std::as_const(statements_))
         sqlite3_finalize(s);
     statements_.clear();
-    sqlite3_close(db_);
+    sqlite3_close_v2(db_); // frees even a handle a failed step left busy
     db_ = nullptr;
 }
 
