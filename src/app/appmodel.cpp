@@ -63,6 +63,8 @@ QString StorageNotice::title() const
         return QStringLiteral("Saved timers could not be read");
     if (const auto *failed = std::get_if<SaveFailed>(&value); failed && failed->timersSaved)
         return QStringLiteral("Backups are not being refreshed");
+    if (const auto *h = std::get_if<History>(&value))
+        return h->setAsideTo ? QStringLiteral("History started anew") : QStringLiteral("History is not being recorded");
     return QStringLiteral("Changes are not being saved");
 }
 
@@ -76,6 +78,12 @@ QString StorageNotice::detail() const
         if (!u->reasons.isEmpty())
             text += u->reasons.first();
         return text;
+    }
+    if (const auto *h = std::get_if<History>(&value)) {
+        if (h->setAsideTo)
+            return QStringLiteral("history.db could not be read, so Tock moved it to %1 and started a new one. "
+                                  "Your timers are not affected.").arg(*h->setAsideTo);
+        return QStringLiteral("Your timers are saved, but their history is not: %1").arg(h->message);
     }
     return std::get<SaveFailed>(value).message;
 }
@@ -167,8 +175,17 @@ void AppModel::cancelTask(Scheduler::TaskId &task)
 // ---------------------------------------------------------------------------------------------
 // Publishing
 
-void AppModel::replaceBoard(Board next, Persist persist)
+void AppModel::replaceBoard(Board next, Persist persist, std::optional<Instant> at, HistoryCause cause)
 {
+    if (recorder_) {
+        try {
+            recorder_->record(board_, next, at ? *at : currentTime(), cause);
+        } catch (const HistoryError &error) {
+            // The timers come first: the edit goes ahead unrecorded, and so does the rest of the run.
+            recorder_.reset();
+            showHistoryNotice(StorageNotice::history(std::nullopt, error.message));
+        }
+    }
     const BoardChange change = BoardChange::between(board_, next);
     // A pause-all with nothing running changes only the pause history: saved, but no row moves.
     const bool differs = next != board_;
@@ -463,7 +480,7 @@ QList<QUuid> AppModel::setRunning(const QList<QUuid> &ids, bool running)
     editBoard([&](Board &board) {
         for (const QUuid &id : changing)
             board.toggle(id, at);
-    });
+    }, Persist::debounced, at);
     return changing;
 }
 
@@ -471,7 +488,7 @@ void AppModel::pauseAll()
 {
     const Instant at = currentTime();
     now_ = at;
-    editBoard([at](Board &board) { board.pauseAll(at); }, Persist::now);
+    editBoard([at](Board &board) { board.pauseAll(at); }, Persist::now, at);
 }
 
 void AppModel::reset(const QUuid &id)
@@ -481,7 +498,8 @@ void AppModel::reset(const QUuid &id)
     if (editingID_ == id)
         cancelEdit();
     now_ = currentTime();
-    if (const std::optional<UndoEntry> entry = editBoard([&](Board &board) { return board.reset(id); }))
+    if (const std::optional<UndoEntry> entry =
+            editBoard([&](Board &board) { return board.reset(id); }, Persist::debounced, now_, HistoryCause::reset))
         registerUndo(*entry);
 }
 
@@ -552,7 +570,8 @@ bool AppModel::commitEdit()
     if (!editingID_ || !draft_)
         return true;
     const Instant at = currentTime();
-    const bool ok = editBoard([&](Board &board) { return board.commit(*draft_, *editingID_, at); });
+    const bool ok = editBoard([&](Board &board) { return board.commit(*draft_, *editingID_, at); },
+                              Persist::debounced, at);
     if (!ok) {
         Q_EMIT beepRequested();
         return false;
@@ -569,7 +588,7 @@ void AppModel::setTime(const QUuid &id, double seconds)
         return;
     const Instant at = currentTime();
     now_ = at;
-    editBoard([&](Board &board) { board.setElapsed(id, seconds, at); });
+    editBoard([&](Board &board) { board.setElapsed(id, seconds, at); }, Persist::debounced, at);
 
     // Restoring `before` is the board's undo of a reset taken at this epoch.
     const UndoEntry restore = UndoEntry::reset(*before, board_.epoch());
@@ -712,6 +731,18 @@ void AppModel::confirmStartFresh()
     save();
 }
 
+void AppModel::setHistory(std::shared_ptr<HistoryRecorder> history)
+{
+    recorder_ = std::move(history);
+}
+
+void AppModel::showHistoryNotice(const StorageNotice &notice)
+{
+    if (notice_ && (std::holds_alternative<StorageNotice::Unreadable>(notice_->value) || notice_->isSaveFailed()))
+        return;
+    setNotice(notice);
+}
+
 void AppModel::retrySave()
 {
     if (store_ && store_->folderLost()) {
@@ -766,7 +797,8 @@ void AppModel::registerUndo(const UndoEntry &entry)
 
 void AppModel::performUndo(const UndoEntry &entry, const QUuid &token)
 {
-    if (editBoard([&](Board &board) { return board.undo(entry); }))
+    if (editBoard([&](Board &board) { return board.undo(entry); }, Persist::debounced, std::nullopt,
+                  entry.isReset() ? HistoryCause::resetUndone : HistoryCause::edit))
         now_ = currentTime();
     if (toast_ && toast_->token == token)
         setToast(std::nullopt);

@@ -9,6 +9,7 @@
 
 #include "board.h"
 #include "boardchange.h"
+#include "historyrecorder.h"
 #include "services.h"
 #include "shellsession.h"
 #include "styleid.h"
@@ -49,13 +50,23 @@ struct StorageNotice {
         bool timersSaved = false; // only the backups failed: timers.json was written
         bool operator==(const SaveFailed &) const = default;
     };
-    std::variant<Recovered, Unreadable, SaveFailed> value;
+    // The history could not be used: set aside as damaged (`setAsideTo`) or not recording.
+    struct History {
+        std::optional<QString> setAsideTo;
+        QString message;
+        bool operator==(const History &) const = default;
+    };
+    std::variant<Recovered, Unreadable, SaveFailed, History> value;
 
     static StorageNotice recovered(QString from) { return {Recovered{std::move(from)}}; }
     static StorageNotice unreadable(QStringList reasons) { return {Unreadable{std::move(reasons)}}; }
     static StorageNotice saveFailed(QString message, bool timersSaved = false)
     {
         return {SaveFailed{std::move(message), timersSaved}};
+    }
+    static StorageNotice history(std::optional<QString> setAsideTo, QString message)
+    {
+        return {History{std::move(setAsideTo), std::move(message)}};
     }
     bool isSaveFailed() const { return std::holds_alternative<SaveFailed>(value); }
     // A save failed and the timers on disk are not the ones shown (not only the backups).
@@ -211,6 +222,13 @@ public:
     void startFreshAfterUnreadable();
     // The user confirmed: sets the unreadable data aside and saves.
     void confirmStartFresh();
+    // Every later edit of the board is recorded in `history` (null: nothing is). A failed write
+    // stops the recording for the rest of the run and says so in the storage banner.
+    void setHistory(std::shared_ptr<HistoryRecorder> history);
+    HistoryRecorder *historyRecorder() const { return recorder_.get(); }
+    // A history problem for the storage banner; an unreadable or unsaved timers notice, which
+    // asks the user to act, is not covered by it.
+    void showHistoryNotice(const StorageNotice &notice);
     // The save-failed banner's Retry: saves now; after the data folder was lost, first takes
     // its lock again (Store::retakeFolder).
     void retrySave();
@@ -257,23 +275,24 @@ private:
     };
     enum class Persist { debounced, now };
 
-    // The one edit path: `edit` changes a copy of the board; then the model publishes it, says
-    // what changed, starts or stops the tick and saves if the board differs. Returns what
-    // `edit` returned.
+    // The one edit path: `edit` changes a copy of the board; then the model records it in the
+    // history (at `at`, the instant the edit used, else now), publishes it, says what changed,
+    // starts or stops the tick and saves if the board differs. Returns what `edit` returned.
     template <typename Edit>
-    auto editBoard(Edit &&edit, Persist persist = Persist::debounced)
+    auto editBoard(Edit &&edit, Persist persist = Persist::debounced, std::optional<Instant> at = std::nullopt,
+                   HistoryCause cause = HistoryCause::edit)
     {
         Board next = board_;
         if constexpr (std::is_void_v<decltype(edit(next))>) {
             edit(next);
-            replaceBoard(std::move(next), persist);
+            replaceBoard(std::move(next), persist, at, cause);
         } else {
             auto result = edit(next);
-            replaceBoard(std::move(next), persist);
+            replaceBoard(std::move(next), persist, at, cause);
             return result;
         }
     }
-    void replaceBoard(Board next, Persist persist);
+    void replaceBoard(Board next, Persist persist, std::optional<Instant> at, HistoryCause cause);
 
     std::optional<int64_t> validShown(const TimerItem &timer) const;
     Instant currentTime() const;
@@ -299,6 +318,7 @@ private:
     Services services_;
     std::shared_ptr<Store> store_;
     UndoManager &undo_;
+    std::shared_ptr<HistoryRecorder> recorder_;
 
     // Published.
     Board board_;

@@ -64,6 +64,14 @@ StartupMode StartupMode::parse(const QStringList &arguments)
     }
     if (shellAt >= 0)
         return {Shell{arguments.mid(shellAt + 1)}};
+    // The word after the switch, unless it is another switch.
+    const auto word = [&](qsizetype at) {
+        return at < switches.size() && !switches.at(at).startsWith(QLatin1String("--")) ? switches.at(at) : QString();
+    };
+    if (const qsizetype at = switches.indexOf(QStringLiteral("--report")); at >= 0)
+        return {Report{word(at + 1)}};
+    if (const qsizetype at = switches.indexOf(QStringLiteral("--export")); at >= 0)
+        return {Export{word(at + 1), word(at + 1).isEmpty() ? QString() : word(at + 2)}};
     return {Normal{}};
 }
 
@@ -117,6 +125,10 @@ AppSession::Start AppSession::start()
     // Holding the lock, no other copy can be writing these any more.
     store_->removeStaleTemporaryFiles();
     const Store::LoadResult result = store_->load(services_.clock->now());
+    if (const auto *loaded = std::get_if<Store::LoadResult::Loaded>(&result.value))
+        lastSaved_ = double(loaded->snapshot.savedAt.toMSecsSinceEpoch()) / 1000.0;
+    else if (const auto *recovered = std::get_if<Store::LoadResult::Recovered>(&result.value))
+        lastSaved_ = double(recovered->snapshot.savedAt.toMSecsSinceEpoch()) / 1000.0;
     StartingValues values = StartingValues::from(result, store_->awaitingArchive());
     startingNotice_ = values.notice;
     undo_ = std::make_unique<UndoManager>();
@@ -129,6 +141,29 @@ AppSession::Start AppSession::start()
     } catch (const StoreError &) {
     }
     return Start::started;
+}
+
+void AppSession::openHistory(HistoryRecorder::Check check)
+{
+    // While saving is paused nothing in the folder is written, the history included: timers
+    // that are never saved have no history worth keeping.
+    if (!model_ || ended_ || model_->historyRecorder() || store_->isBlocked())
+        return;
+    HistoryRecorder::Opening opening = HistoryRecorder::open(directory_, store_->stamp(), check);
+    std::optional<QString> failure = opening.failure;
+    if (opening.recorder) {
+        try {
+            opening.recorder->start(model_->board(), lastSaved_,
+                                    (services_.clock ? services_.clock : Services::real().clock)->now());
+            model_->setHistory(opening.recorder);
+        } catch (const HistoryError &error) {
+            failure = error.message;
+        }
+    }
+    if (failure)
+        model_->showHistoryNotice(StorageNotice::history(std::nullopt, *failure));
+    else if (opening.setAsideTo)
+        model_->showHistoryNotice(StorageNotice::history(opening.setAsideTo, QString()));
 }
 
 void AppSession::end()

@@ -47,11 +47,22 @@ struct StartupMode {
         QStringList lines;
         bool operator==(const Shell &) const = default;
     };
+    // --report [RANGE]: the history by day; RANGE as typed (checked by the report).
+    struct Report {
+        QString range;
+        bool operator==(const Report &) const = default;
+    };
+    // --export FORMAT [RANGE]: every interval and adjustment; both as typed.
+    struct Export {
+        QString format;
+        QString range;
+        bool operator==(const Export &) const = default;
+    };
     // No switch applies: the normal start.
     struct Normal {
         bool operator==(const Normal &) const = default;
     };
-    std::variant<Bench, FlipDemo, SelfTest, Screenshots, Shell, Normal> value;
+    std::variant<Bench, FlipDemo, SelfTest, Screenshots, Shell, Report, Export, Normal> value;
     bool operator==(const StartupMode &) const = default;
 
     // `arguments` without the program name. Everything after --shell belongs to it, so a
@@ -94,6 +105,12 @@ public:
     // model with the undo manager and makes the start's backup rotation (an error there is
     // ignored).
     Start start();
+    // Opens history.db and records every later edit of the board in it, after bringing it in
+    // line with the board. A damaged history is set aside and a new one started; any problem
+    // goes to the storage banner, never stops the timers. The window calls this after its first
+    // frame, so launching does not wait for it; the terminal right after start(). Nothing while
+    // saving is paused (unreadable data, a damaged file not yet archived).
+    void openHistory(HistoryRecorder::Check check);
     // The end of the application: finishes an open time edit, pauses every timer (which saves)
     // and releases the lock. Safe to call more than once.
     void end();
@@ -117,6 +134,7 @@ private:
     std::unique_ptr<UndoManager> undo_;
     std::unique_ptr<AppModel> model_;
     std::optional<StorageNotice> startingNotice_;
+    std::optional<Instant> lastSaved_; // when the loaded timers.json was written
     bool ended_ = false;
 };
 

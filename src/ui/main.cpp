@@ -2,6 +2,7 @@
 // --selftest, still renders with --screenshots and the rendering benchmark with --bench. The
 // terminal and the self-check run on Qt Core alone, without any display; the modes that draw
 // are in the window module (windowmain.h), opened only for them.
+#include "reportmode.h"
 #include "selftest.h"
 #include "startup.h"
 #include "terminal.h"
@@ -65,8 +66,10 @@ int runWindowModule(int argc, char **argv)
 int main(int argc, char **argv)
 {
     const tock::StartupMode mode = tock::StartupMode::parse(argumentsOf(argc, argv));
-    const bool windowless = std::holds_alternative<tock::StartupMode::SelfTest>(mode.value)
-                         || std::holds_alternative<tock::StartupMode::Shell>(mode.value);
+    [[maybe_unused]] const bool windowless = std::holds_alternative<tock::StartupMode::SelfTest>(mode.value)
+                         || std::holds_alternative<tock::StartupMode::Shell>(mode.value)
+                         || std::holds_alternative<tock::StartupMode::Report>(mode.value)
+                         || std::holds_alternative<tock::StartupMode::Export>(mode.value);
 #ifdef TOCK_WINDOW_LINKED
     if (!windowless)
         return tockWindowMain(argc, argv);
@@ -88,6 +91,10 @@ int main(int argc, char **argv)
                 return tock::SelfTest::run(out);
             } else if constexpr (std::is_same_v<M, tock::StartupMode::Shell>) {
                 return tock::runTerminal(m.lines);
+            } else if constexpr (std::is_same_v<M, tock::StartupMode::Report>) {
+                return tock::runReport(m.range);
+            } else if constexpr (std::is_same_v<M, tock::StartupMode::Export>) {
+                return tock::runExport(m.format, m.range);
             } else {
                 // A build without the window keeps the terminal as its only interface.
                 return tock::runTerminal({});

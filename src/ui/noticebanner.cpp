@@ -43,7 +43,7 @@ void NoticeBanner::refresh()
     std::visit(
         [&](const auto &n) {
             using N = std::decay_t<decltype(n)>;
-            if constexpr (std::is_same_v<N, StorageNotice::Recovered>) {
+            if constexpr (std::is_same_v<N, StorageNotice::Recovered> || std::is_same_v<N, StorageNotice::History>) {
                 first_->setText(QStringLiteral("OK"));
                 firstAction_ = Action::dismiss;
                 second_->setText(showFiles);

@@ -14,10 +14,55 @@
 #include "windowinteraction.h"
 
 #include <QApplication>
+#include <QPointer>
+#include <QTimer>
+
+#include <functional>
 
 #include <cstdio>
 
 namespace tock {
+
+namespace {
+
+// Runs `work` once, just after `window` has painted for the first time (or after a second, for a
+// window that is never painted, such as one started minimized).
+class AfterFirstFrame : public QObject {
+public:
+    AfterFirstFrame(QWidget *window, std::function<void()> work) : QObject(window), work_(std::move(work))
+    {
+        window->installEventFilter(this);
+        QTimer::singleShot(1000, this, [this] { run(); });
+    }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint) {
+            watched->removeEventFilter(this);
+            // Queued, so the frame reaches the screen first.
+            QTimer::singleShot(0, this, [this] { run(); });
+        }
+        return false;
+    }
+
+private:
+    void run()
+    {
+        if (!work_)
+            return;
+        const std::function<void()> work = std::exchange(work_, nullptr);
+        work();
+    }
+    std::function<void()> work_;
+};
+
+void openAfterFirstFrame(QWidget *window, std::function<void()> work)
+{
+    new AfterFirstFrame(window, std::move(work));
+}
+
+} // namespace
 
 bool displayMissing()
 {
@@ -77,6 +122,8 @@ int runWindow(const QString &directory, const ActivationTokens &tokens)
         QApplication::quit();
     });
     window.show();
+    // The history opens once the window has been drawn, so launching does not wait for it.
+    openAfterFirstFrame(&window, [&session] { session.openHistory(HistoryRecorder::Check::full); });
     const int status = QApplication::exec();
     session.end();
     return status;

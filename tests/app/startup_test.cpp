@@ -32,7 +32,11 @@ QString describe(const StartupMode &mode)
         return QStringLiteral("screenshots ") + shots->directory;
     if (const auto *shell = std::get_if<StartupMode::Shell>(&mode.value))
         return QStringLiteral("shell [") + shell->lines.join(QLatin1Char('|')) + QLatin1Char(']');
-    return QStringList{"", "flipdemo", "selftest", "", "", "normal"}.at(qsizetype(mode.value.index()));
+    if (const auto *report = std::get_if<StartupMode::Report>(&mode.value))
+        return QStringLiteral("report [") + report->range + QLatin1Char(']');
+    if (const auto *exported = std::get_if<StartupMode::Export>(&mode.value))
+        return QStringLiteral("export [%1] [%2]").arg(exported->format, exported->range);
+    return QStringList{"", "flipdemo", "selftest", "", "", "", "", "normal"}.at(qsizetype(mode.value.index()));
 }
 
 QStringList entries(const QString &folder)
@@ -163,6 +167,11 @@ private Q_SLOTS:
         QTest::newRow("shell lines") << QStringList{"--shell", "add A", "--selftest", "rm 1"} << "shell [add A|--selftest|rm 1]";
         QTest::newRow("switch before shell") << QStringList{"--selftest", "--shell", "help"} << "selftest";
         QTest::newRow("line not a folder") << QStringList{"--screenshots", "--shell", "x"} << "shell [x]";
+        QTest::newRow("report") << QStringList{"--report"} << "report []";
+        QTest::newRow("report range") << QStringList{"--report", "last-week"} << "report [last-week]";
+        QTest::newRow("export") << QStringList{"--export", "json", "2026-11-01..2026-11-02"} << "export [json] [2026-11-01..2026-11-02]";
+        QTest::newRow("export without format") << QStringList{"--export", "--report"} << "report []";
+        QTest::newRow("selftest before report") << QStringList{"--report", "--selftest"} << "selftest";
     }
 
     void switches()
@@ -460,7 +469,7 @@ private Q_SLOTS:
             return firstNames;
         };
         QCOMPARE(backups(), QStringList{"S1"});
-        QCOMPARE(entries(data_), QStringList({".lock", ".timers.json.tmp", "Backups", "timers.json"}));
+        QCOMPARE(entries(data_), QStringList({".lock", ".timers.json.tmp", "Backups", "history.db", "timers.json"}));
         QCOMPARE(entries(data_ + "/Backups"), QStringList({"notes.txt", "timers-1.json"}));
         // Ten minutes later the next run keeps the state it began from, once.
         const QString newest = data_ + "/Backups/timers-1.json";

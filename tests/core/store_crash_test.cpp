@@ -1,6 +1,8 @@
 // Kills a process that saves as fast as it can, hundreds of times at random moments, and checks
-// after each kill that timers.json and every backup are whole snapshots that process wrote.
+// after each kill that timers.json and every backup are whole snapshots that process wrote, and
+// that the history opens, passes its check and holds every run closed before the kill.
 #include "faultyfilesystem.h"
+#include "history.h"
 #include "store.h"
 
 #include <QElapsedTimer>
@@ -71,6 +73,37 @@ int saveLoop(const QString &directory, qint64 first)
     }
 }
 
+const QUuid loopTimer = QUuid::createUuidV5(QUuid(), QStringLiteral("loop"));
+
+// The number of runs the history holds closed.
+qint64 closedRuns(History &history)
+{
+    qint64 n = 0;
+    for (const History::Interval &i : history.intervals())
+        n += i.end ? 1 : 0;
+    return n;
+}
+
+// The history helper: opens the history as a starting program would, then starts and ends runs
+// as fast as it can, each its own transaction, and after each end prints how many runs are closed.
+int historyLoop(const QString &directory)
+{
+    try {
+        History history(directory + QStringLiteral("/") + History::fileName(), History::Access::write);
+        history.transaction([&] { history.closeAllIntervals(0); });
+        qint64 closed = closedRuns(history);
+        std::cout << "ready" << std::endl;
+        for (Instant t = 1;; t += 1) {
+            history.transaction([&] { history.openInterval(loopTimer, t); });
+            history.transaction([&] { history.closeInterval(loopTimer, t + 0.5); });
+            std::cout << ++closed << std::endl;
+        }
+    } catch (const HistoryError &e) {
+        std::cout << "history failed: " << e.message.toStdString() << std::endl;
+        return 4;
+    }
+}
+
 } // namespace
 
 class StoreCrashTest : public QObject {
@@ -116,10 +149,43 @@ private slots:
         QVERIFY2(savesSeen >= kills / 4, "too few saves completed for the kills to mean much");
         qInfo("%d kills in %lld ms; about %lld saves completed", kills, clock.elapsed(), savesSeen);
     }
+
+    void historySurvivesBeingKilled()
+    {
+        QTemporaryDir dir;
+        const int kills = qEnvironmentVariableIsSet("TOCK_CRASH_KILLS") ? qEnvironmentVariableIntValue("TOCK_CRASH_KILLS") : 100;
+        QElapsedTimer clock;
+        clock.start();
+        qint64 reported = 0;
+        for (int run = 0; run < kills; ++run) {
+            QProcess helper;
+            helper.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--history-loop"), dir.path()});
+            while (!helper.canReadLine())
+                QVERIFY2(helper.waitForReadyRead(20000), "helper never became ready");
+            QCOMPARE(helper.readLine().trimmed(), QByteArray("ready"));
+            std::this_thread::sleep_for(std::chrono::microseconds(QRandomGenerator::global()->bounded(40000)));
+            ::kill(pid_t(helper.processId()), SIGKILL);
+            QVERIFY(helper.waitForFinished());
+            QVERIFY2(helper.exitStatus() == QProcess::CrashExit && helper.exitCode() == SIGKILL, helper.readAllStandardError().constData());
+            // What it said it had closed before it died, it has.
+            for (const QByteArray &line : helper.readAllStandardOutput().split('\n')) {
+                if (!line.isEmpty())
+                    reported = std::max(reported, line.toLongLong());
+            }
+            History history(dir.filePath(History::fileName()), History::Access::write);
+            history.quickCheck();
+            QVERIFY2(closedRuns(history) >= reported,
+                     qPrintable(QStringLiteral("kill %1: %2 runs closed, %3 reported").arg(run).arg(closedRuns(history)).arg(reported)));
+        }
+        QVERIFY2(reported >= kills, "too few runs completed for the kills to mean much");
+        qInfo("%d kills in %lld ms; %lld runs closed", kills, clock.elapsed(), reported);
+    }
 };
 
 int main(int argc, char **argv)
 {
+    if (argc == 3 && std::string(argv[1]) == "--history-loop")
+        return historyLoop(QString::fromLocal8Bit(argv[2]));
     if (argc == 4 && std::string(argv[1]) == "--save-loop")
         return saveLoop(QString::fromLocal8Bit(argv[2]), QByteArray(argv[3]).toLongLong());
     QCoreApplication app(argc, argv);
