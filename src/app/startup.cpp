@@ -149,12 +149,12 @@ void AppSession::openHistory(HistoryRecorder::Check check)
     // that are never saved have no history worth keeping.
     if (!model_ || ended_ || model_->historyRecorder() || store_->isBlocked())
         return;
-    HistoryRecorder::Opening opening = HistoryRecorder::open(directory_, store_->stamp(), check);
+    const Instant now = (services_.clock ? services_.clock : Services::real().clock)->now();
+    HistoryRecorder::Opening opening = HistoryRecorder::open(directory_, Store::stamp(now), check);
     std::optional<QString> failure = opening.failure;
     if (opening.recorder) {
         try {
-            opening.recorder->start(model_->board(), lastSaved_,
-                                    (services_.clock ? services_.clock : Services::real().clock)->now());
+            opening.recorder->start(model_->board(), lastSaved_, now);
             model_->setHistory(opening.recorder);
         } catch (const HistoryError &error) {
             failure = error.message;

@@ -144,7 +144,7 @@ class PromptAccessible : public DrawnAccessible, public QAccessibleTextInterface
 public:
     explicit PromptAccessible(PromptView *prompt) : DrawnAccessible(prompt, QAccessible::EditableText) {}
     const AppModel &model() const { return *static_cast<PromptView *>(widget())->model(); }
-    const QString &line() const { return model().promptText(); }
+    const QString &line() const { return model().shell().promptText(); }
 
     void *interface_cast(QAccessible::InterfaceType type) override
     {
@@ -171,7 +171,7 @@ public:
     int cursorPosition() const override
     {
         // The model's caret counts user-perceived characters; readers count UTF-16 units.
-        return int(Text::graphemes(line()).mid(0, model().promptCaret()).join(QString()).size());
+        return int(Text::graphemes(line()).mid(0, model().shell().promptCaret()).join(QString()).size());
     }
     void setCursorPosition(int) override {}
     QString text(int start, int end) const override { return line().mid(start, end - start); }

@@ -96,9 +96,9 @@ RootView::RootView(AppModel *model, QWidget *parent, WindowActions actions)
         if (const std::optional<Toast> &toast = this->model()->toast())
             Accessibility::announce(announcer_, toast->entry.message());
     });
-    connect(model, &AppModel::shellOutputChanged, this, [this] {
+    connect(&model->shell(), &ShellSession::shellOutputChanged, this, [this] {
         if (theme().addStyle == AddStyle::prompt)
-            Accessibility::announce(announcer_, this->model()->shellOutput().join(QLatin1Char('\n')));
+            Accessibility::announce(announcer_, this->model()->shell().shellOutput().join(QLatin1Char('\n')));
     });
     connect(footer_, &Footer::heightChanged, this, [this] { relayout(); });
     const auto promptChanged = [this] {

@@ -405,8 +405,8 @@ private Q_SLOTS:
     {
         Window w;
         w.f.m().setStyle(StyleID::shell);
-        w.f.m().promptInsert(QStringLiteral("help"));
-        w.f.m().promptRun();
+        w.f.m().shell().promptInsert(QStringLiteral("help"));
+        w.f.m().shell().promptRun();
         settle(w.window.get());
         PromptView *prompt = w.root()->footer()->promptView();
         const QStringList shown = prompt->shownOutput();
