@@ -35,7 +35,7 @@ if [ -x "$prefix/bin/tock" ]; then
     out=$("$prefix/bin/tock" --selftest 2>&1)
     [[ $out == *"app checks passed"* ]] || fail "installed tock --selftest: $out"
     # The drawing modes open the window module from its installed place.
-    out=$(QT_QPA_PLATFORM=offscreen "$prefix/bin/tock" --bench classic 1 0.1 2>&1)
+    out=$(QT_QPA_PLATFORM=offscreen "$prefix/bin/tock" --bench classic 1 0.1 2>/dev/null)
     [[ $out == "bench classic 1 timers"* ]] || fail "installed tock --bench: $out"
 else
     fail "missing bin/tock"
@@ -54,7 +54,9 @@ fi
 if grep -q '@[A-Z_]*@' "$desktop" "$metainfo" 2>/dev/null; then fail "an unfilled @placeholder@ was installed"; fi
 
 if command -v desktop-file-validate >/dev/null; then
-    desktop-file-validate "$desktop" || fail "desktop-file-validate"
+    # Debian 12's validator predates SingleMainWindow (entry format 1.5); any other complaint fails.
+    problems=$(desktop-file-validate "$desktop" 2>&1 | grep -v 'key "SingleMainWindow"' || true)
+    [ -z "$problems" ] || fail "desktop-file-validate: $problems"
 else
     skip "desktop-file-validate not installed (desktop-file-utils)"
 fi

@@ -628,12 +628,12 @@ private slots:
         if (change != "rm")
             QCOMPARE(folderContents(away), before); // nor in the folder that moved away
 
-        const QString retake = failure([&] { store.retakeFolder(2000); });
+        const QString retake = failure([&] { store.retakeFolder(clockTime); });
         if (change == "other") {
             QCOMPARE(retake, QStringLiteral("Another copy of Tock is using the data folder %1. Close it, then press Retry.").arg(data));
             QVERIFY(store.folderLost());
             other.release();
-            QCOMPARE(failure([&] { store.retakeFolder(2000); }), QString());
+            QCOMPARE(failure([&] { store.retakeFolder(clockTime); }), QString());
         } else {
             QCOMPARE(retake, QString());
         }
