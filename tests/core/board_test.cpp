@@ -2,6 +2,7 @@
 // identifiers.
 #include "board.h"
 #include "boardchange.h"
+#include "boardchangetext.h"
 #include "styleid.h"
 #include "table.h"
 
@@ -257,19 +258,7 @@ private slots:
         const Board old = board(before);
         const Board now = board(after);
         const BoardChange change = BoardChange::between(old, now);
-        const auto name = [&](const QUuid &id) {
-            return (now.timer(id) ? now.timer(id) : old.timer(id))->name;
-        };
-        QStringList words;
-        for (const BoardChange::Inserted &i : change.inserted)
-            words << QStringLiteral("+%1@%2").arg(name(i.id)).arg(i.position);
-        for (const QUuid &id : change.removed)
-            words << QLatin1Char('-') + name(id);
-        for (const BoardChange::Moved &m : change.moved)
-            words << QStringLiteral("%1:%2>%3").arg(name(m.id)).arg(m.from).arg(m.to);
-        for (const QUuid &id : change.changed)
-            words << QLatin1Char('~') + name(id);
-        QTEST(words.join(QLatin1Char(' ')), "change");
+        QTEST(describe(change, old, now), "change");
         QCOMPARE(change.isEmpty(), before == after);
     }
 };
