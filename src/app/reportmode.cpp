@@ -57,13 +57,18 @@ int failed(QTextStream &err, const QString &message)
 
 } // namespace
 
-int runReport(const QString &range, const QString &directory, Instant now, Qt::DayOfWeek firstDay, QTextStream &out,
-              QTextStream &err)
+namespace {
+
+// Reads what RANGE covers and hands it to `write`; a bad range or an unreadable history is one
+// line on standard error and status 1.
+template <typename Write>
+int withRange(const QString &range, const QString &directory, Instant now, Qt::DayOfWeek firstDay, QTextStream &out,
+              QTextStream &err, Write write)
 {
     try {
         const ReportRange parsed = ReportRange::parse(range, today(now), firstDay);
         const Recorded r = read(directory, parsed);
-        out << Report::build(parsed, r.intervals, r.adjustments, r.timers, now).text();
+        out << write(parsed, r);
         out.flush();
         return 0;
     } catch (const ReportError &error) {
@@ -71,6 +76,16 @@ int runReport(const QString &range, const QString &directory, Instant now, Qt::D
     } catch (const HistoryError &error) {
         return failed(err, error.message);
     }
+}
+
+} // namespace
+
+int runReport(const QString &range, const QString &directory, Instant now, Qt::DayOfWeek firstDay, QTextStream &out,
+              QTextStream &err)
+{
+    return withRange(range, directory, now, firstDay, out, err, [now](const ReportRange &parsed, const Recorded &r) {
+        return Report::build(parsed, r.intervals, r.adjustments, r.timers, now).text();
+    });
 }
 
 int runExport(const QString &format, const QString &range, const QString &directory, Instant now,
@@ -81,17 +96,9 @@ int runExport(const QString &format, const QString &range, const QString &direct
         kind = ExportFormat::json;
     else if (format != QLatin1String("csv"))
         return failed(err, QStringLiteral("export writes csv or json: tock --export csv|json [RANGE]"));
-    try {
-        const ReportRange parsed = ReportRange::parse(range, today(now), firstDay);
-        const Recorded r = read(directory, parsed);
-        out << QString::fromUtf8(exportHistory(kind, r.intervals, r.adjustments, r.timers, now));
-        out.flush();
-        return 0;
-    } catch (const ReportError &error) {
-        return failed(err, error.message);
-    } catch (const HistoryError &error) {
-        return failed(err, error.message);
-    }
+    return withRange(range, directory, now, firstDay, out, err, [kind, now](const ReportRange &, const Recorded &r) {
+        return QString::fromUtf8(exportHistory(kind, r.intervals, r.adjustments, r.timers, now));
+    });
 }
 
 int runReport(const QString &range)
