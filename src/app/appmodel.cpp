@@ -734,6 +734,7 @@ void AppModel::confirmStartFresh()
 void AppModel::setHistory(std::shared_ptr<HistoryRecorder> history)
 {
     recorder_ = std::move(history);
+    Q_EMIT historyChanged();
 }
 
 void AppModel::showHistoryNotice(const StorageNotice &notice)

@@ -226,6 +226,9 @@ public:
     // stops the recording for the rest of the run and says so in the storage banner.
     void setHistory(std::shared_ptr<HistoryRecorder> history);
     HistoryRecorder *historyRecorder() const { return recorder_.get(); }
+    // The instant by the model's clock (virtual in tests and still renders), for views that
+    // compute from the history.
+    Instant now() const { return currentTime(); }
     // A history problem for the storage banner; an unreadable or unsaved timers notice, which
     // asks the user to act, is not covered by it.
     void showHistoryNotice(const StorageNotice &notice);
@@ -246,6 +249,8 @@ public:
 Q_SIGNALS:
     // Once per edit, only when some timer was inserted, removed, moved or changed.
     void boardChanged(const tock::BoardChange &change);
+    // The history started or stopped recording (setHistory, a failed write).
+    void historyChanged();
     void beepRequested();
     void startFreshRequested(); // ask startFreshQuestion(); "Start Fresh" calls confirmStartFresh()
     void styleChanged();

@@ -5,6 +5,8 @@
 #include "footer.h"
 #include "namefield.h"
 #include "noticebanner.h"
+#include "reportaccessible.h"
+#include "reportview.h"
 #include "rowlist.h"
 #include "text.h"
 #include "timerrow.h"
@@ -210,6 +212,8 @@ QAccessibleInterface *factory(const QString &, QObject *object)
         return new ButtonAccessible(button);
     if (auto *row = qobject_cast<TimerRow *>(widget))
         return new RowAccessible(row);
+    if (auto *report = qobject_cast<ReportView *>(widget))
+        return reportAccessible(report);
     if (auto *list = qobject_cast<RowList *>(widget))
         return new ListAccessible(list);
     if (auto *name = qobject_cast<NameField *>(widget))

@@ -3,6 +3,7 @@
 #include "buttonview.h"
 #include "draw.h"
 #include "namefield.h"
+#include "reportview.h"
 
 #include <QApplication>
 
@@ -23,7 +24,7 @@ FocusMark::FocusMark(AppModel *model, QWidget *root, QWidget *clip) : View(model
 
 bool FocusMark::marks(const QWidget *widget)
 {
-    if (qobject_cast<const ButtonView *>(widget))
+    if (qobject_cast<const ButtonView *>(widget) || qobject_cast<const ReportView *>(widget))
         return true;
     const auto *name = qobject_cast<const NameField *>(widget);
     return name && !name->isEditing();

@@ -57,7 +57,11 @@ PanelIndicator::PanelIndicator(AppModel *model, QWidget *window, PanelActions ac
     windowItem_ = menu_->addAction(windowItemText(window_), this, &PanelIndicator::toggleWindow);
     // The one place for the report's item; it shows once the window application passes it.
     if (actions_.report)
-        menu_->addAction(QStringLiteral("Report"), this, [this] { actions_.report(); });
+        menu_->addAction(QStringLiteral("Report"), this, [this] {
+            // The report is in the window, so the window comes forward first.
+            showWindow();
+            actions_.report();
+        });
     menu_->addSeparator();
     // The same as closing the window: the timers pause and Tock ends.
     menu_->addAction(QStringLiteral("Quit Tock"), window_, [this] { window_->close(); });

@@ -7,6 +7,7 @@
 #include "focusmark.h"
 #include "footer.h"
 #include "noticebanner.h"
+#include "reportview.h"
 #include "rowlist.h"
 #include "stylemenu.h"
 #include "timerrow.h"
@@ -20,6 +21,9 @@
 namespace tock {
 
 namespace {
+
+// Room around the report for the focus mark.
+constexpr qreal reportMargin = 6;
 
 // Catches a click outside the open style menu and closes it.
 class MenuScrim : public View {
@@ -60,6 +64,7 @@ protected:
 RootView::RootView(AppModel *model, QWidget *parent, WindowActions actions)
     : View(model, parent), actions_(std::move(actions)), context_{new FlapClock(this), true}, title_(new TitleBar(model, this)),
       banner_(new NoticeBanner(model, this, actions_.showFiles)), rows_(new RowList(model, context_, this)),
+      report_(new ReportView(model, this)),
       hint_(new EmptyHint(model, this)), footer_(new Footer(model, this)), scrim_(new MenuScrim(model, this)),
       menu_(new StyleMenu(model, this)), overlay_(new OverlayView(model, this)),
       focusMark_(new FocusMark(model, this, rows_)), announcer_(new QWidget(this))
@@ -101,6 +106,7 @@ RootView::RootView(AppModel *model, QWidget *parent, WindowActions actions)
             Accessibility::announce(announcer_, this->model()->shell().shellOutput().join(QLatin1Char('\n')));
     });
     connect(footer_, &Footer::heightChanged, this, [this] { relayout(); });
+    connect(report_, &ReportView::openChanged, this, &RootView::reportOpenChanged);
     const auto promptChanged = [this] {
         if (theme().addStyle == AddStyle::prompt) {
             footer_->promptView()->update();
@@ -164,7 +170,9 @@ QSizeF RootView::contentSize() const
     const Theme &t = theme();
     const qreal chrome = 2 * inset() + t.titleHeight + banner_->heightFor(contentWidth - 2 * inset())
                        + footer_->preferredHeight();
-    const qreal list = model()->board().timers.isEmpty() ? EmptyHint::height : rows_->contentHeight();
+    const qreal list = report_->isOpen()                  ? report_->preferredHeight() + 2 * reportMargin
+                     : model()->board().timers.isEmpty() ? EmptyHint::height
+                                                         : rows_->contentHeight();
     qreal height = chrome + std::min(list, std::max<qreal>(heightCap_ - chrome, t.rowHeight + 2 * t.contentPadding));
     if (model()->styleMenuOpen()) {
         // The window grows to show the whole menu when the list is short.
@@ -203,8 +211,12 @@ void RootView::relayout()
     const qreal footerHeight = footer_->preferredHeight();
     const qreal listBottom = size.height() - b - footerHeight;
     const bool empty = model()->board().timers.isEmpty();
-    hint_->setVisible(empty);
-    rows_->setVisible(!empty);
+    const bool report = report_->isOpen();
+    hint_->setVisible(empty && !report);
+    rows_->setVisible(!empty && !report);
+    report_->setVisible(report);
+    report_->setUnzoomedGeometry(QRectF(b + reportMargin, y + reportMargin, width - 2 * reportMargin,
+                                        std::max<qreal>(0, listBottom - y - 2 * reportMargin)));
     hint_->setUnzoomedGeometry(QRectF(b, y, width, std::max<qreal>(0, listBottom - y)));
     rows_->setUnzoomedGeometry(QRectF(b, y, width, std::max<qreal>(0, listBottom - y)));
     footer_->setUnzoomedGeometry(QRectF(b, listBottom, width, footerHeight));
@@ -308,6 +320,18 @@ void RootView::menuChanged()
         button->setFocus(Qt::OtherFocusReason);
 }
 
+void RootView::reportOpenChanged()
+{
+    relayout();
+    // Open, the report has the keys (its arrows and Esc); closed, they go back to the window.
+    QWidget *focus = QApplication::focusWidget();
+    if (report_->isOpen() && focus != report_)
+        report_->setFocus(Qt::OtherFocusReason);
+    else if (!report_->isOpen() && (!focus || focus == report_))
+        window()->setFocus(Qt::OtherFocusReason);
+    focusMark_->follow();
+}
+
 QList<QWidget *> RootView::focusChain() const
 {
     if (model()->styleMenuOpen()) {
@@ -317,6 +341,8 @@ QList<QWidget *> RootView::focusChain() const
         return items;
     }
     QList<QWidget *> chain{title_->styleButton()};
+    if (report_->isOpen())
+        return chain << report_;
     for (TimerRow *row : rows_->rows())
         chain << row->focusControls();
     if (theme().addStyle == AddStyle::prompt)

@@ -1,4 +1,5 @@
-// The whole content of the window: title bar, storage banner, rows or the empty hint, footer,
+// The whole content of the window: title bar, storage banner, rows, the empty hint or the week's
+// report, footer,
 // the style menu above them and the theme's overlay over everything. It lays its parts out at
 // the zoom and reports the size the content wants, which the window follows.
 #pragma once
@@ -15,6 +16,7 @@ class FlapClock;
 class FocusMark;
 class Footer;
 class NoticeBanner;
+class ReportView;
 class RowList;
 class StyleMenu;
 class TitleBar;
@@ -42,6 +44,8 @@ public:
     TitleBar *titleBar() const { return title_; }
     NoticeBanner *banner() const { return banner_; }
     RowList *rowList() const { return rows_; }
+    // The week's report, shown in the rows' place while open.
+    ReportView *reportView() const { return report_; }
     EmptyHint *emptyHint() const { return hint_; }
     Footer *footer() const { return footer_; }
     StyleMenu *styleMenu() const { return menu_; }
@@ -83,6 +87,7 @@ private:
     void offsetsChanged(bool animated);
     void noticeChanged();
     void menuChanged();
+    void reportOpenChanged();
     qreal inset() const;
 
     // Set before the parts are built: the rows read them while the root is still constructing.
@@ -92,6 +97,7 @@ private:
     TitleBar *title_;
     NoticeBanner *banner_;
     RowList *rows_;
+    ReportView *report_;
     EmptyHint *hint_;
     Footer *footer_;
     View *scrim_;

@@ -1,17 +1,21 @@
 #include "screenshots.h"
 
 #include "editmask.h"
-#include "panelindicator.h"
 #include "focusmark.h"
+#include "historyrecorder.h"
+#include "panelindicator.h"
+#include "reportview.h"
 #include "rootview.h"
 #include "rowlist.h"
 #include "timerrow.h"
 #include "timeedit.h"
 #include "tockwindow.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QHash>
 #include <QFile>
+#include <QLocale>
 #include <QPainter>
 
 namespace tock::Screenshots {
@@ -19,12 +23,18 @@ namespace tock::Screenshots {
 namespace {
 
 constexpr Instant sceneTime = 1'700'000'000;
+// A Saturday evening, so the report's week has days behind it whichever day it starts on.
+constexpr Instant reportTime = sceneTime + 4 * 86400;
 
 // A still scene's world: the clock stands at one instant, nothing scheduled ever runs and
 // settings live only as long as the scene.
 class StillClock final : public Clock {
 public:
-    Instant now() const override { return sceneTime; }
+    explicit StillClock(Instant at) : at_(at) {}
+    Instant now() const override { return at_; }
+
+private:
+    Instant at_;
 };
 
 class StillScheduler final : public Scheduler {
@@ -90,6 +100,52 @@ Board longBoard()
     return Board(timers);
 }
 
+// The report's timers, Deep work running for the last 25 minutes.
+Board reportBoard()
+{
+    Board board({timer(QStringLiteral("Deep work"), 0), timer(QStringLiteral("Design"), 0),
+                 timer(QStringLiteral("Email"), 0), timer(QStringLiteral("Reading"), 0)});
+    board.timers[0].startedAt = reportTime - 1500;
+    return board;
+}
+
+// A week of work for the report scene, laid on the local days of the week that holds
+// reportTime, so every zone and first day of the week shows the same pattern: each run is
+// (day of the week, start hour, hours). Design runs across Wednesday's midnight.
+std::shared_ptr<HistoryRecorder> reportHistory(const Board &board)
+{
+    struct Run {
+        int timer;
+        int day;
+        double from;
+        double hours;
+    };
+    static constexpr Run runs[] = {
+        {0, 0, 9, 2.5},   {1, 0, 13, 1.5},  {2, 0, 16, 0.75}, {0, 1, 8.5, 3},  {3, 1, 14, 1},
+        {2, 1, 17, 0.5},  {0, 2, 9, 1.5},   {1, 2, 22.5, 3},  {2, 3, 10, 1},   {3, 3, 15, 2},
+        {0, 4, 9, 4},     {1, 4, 14, 2},    {2, 4, 17, 0.5},  {3, 5, 10, 1.25}, {0, 5, 13, 1},
+        {1, 6, 9, 0.5},   {0, 6, 11, 1.5},
+    };
+    auto history = std::make_unique<History>(QStringLiteral(":memory:"), History::Access::write);
+    const QDate today = QDateTime::fromSecsSinceEpoch(qint64(reportTime)).date();
+    const QDate start = WeekReport::weekStart(today, QLocale().firstDayOfWeek());
+    history->transaction([&] {
+        for (const TimerItem &t : board.timers)
+            history->setTimer(t.id, t.name, false);
+        for (const Run &run : runs) {
+            const Instant from = double(start.addDays(run.day).startOfDay().toSecsSinceEpoch()) + run.from * 3600;
+            const Instant to = std::min(from + run.hours * 3600, reportTime - 1500);
+            if (to <= from)
+                continue; // later than the scene's now in a week that starts on Sunday
+            const QUuid id = board.timers.at(run.timer).id;
+            history->openInterval(id, from);
+            history->closeInterval(id, to);
+        }
+        history->openInterval(board.timers.at(0).id, *board.timers.at(0).startedAt);
+    });
+    return std::make_shared<HistoryRecorder>(std::move(history));
+}
+
 QUuid idAt(const AppModel &model, qsizetype index)
 {
     return model.board().timers.at(index).id;
@@ -104,7 +160,7 @@ const QStringList &scenes()
         QStringLiteral("invalid"), QStringLiteral("notice"), QStringLiteral("zoom"),       QStringLiteral("swipe"),
         QStringLiteral("swipe-long"), QStringLiteral("inactive"), QStringLiteral("long"), QStringLiteral("edit-long"),
         QStringLiteral("default"),
-        QStringLiteral("focus"),
+        QStringLiteral("focus"), QStringLiteral("report"),
     };
     return names;
 }
@@ -116,10 +172,10 @@ qreal pixelRatio(const QString &scene)
     return scene == QLatin1String("default") ? 1 : 2;
 }
 
-Services stillServices()
+Services stillServices(Instant at)
 {
     Services services;
-    services.clock = std::make_shared<StillClock>();
+    services.clock = std::make_shared<StillClock>(at);
     services.scheduler = std::make_shared<StillScheduler>();
     services.settings = std::make_shared<SceneSettings>();
     return services;
@@ -131,6 +187,14 @@ std::unique_ptr<AppModel> sceneModel(const QString &scene, StyleID style, UndoMa
     std::optional<StorageNotice> notice;
     if (scene == QLatin1String("notice"))
         notice = StorageNotice::recovered(QStringLiteral("timers-2.json"));
+    const bool report = scene == QLatin1String("report");
+    if (report) {
+        Board board = reportBoard();
+        std::shared_ptr<HistoryRecorder> history = reportHistory(board);
+        auto model = std::make_unique<AppModel>(nullptr, std::move(board), style, notice, stillServices(reportTime), undo);
+        model->setHistory(std::move(history));
+        return model;
+    }
     auto model = std::make_unique<AppModel>(nullptr, isLong ? longBoard() : mainBoard(), style, notice, stillServices(), undo);
     const QUuid design = idAt(*model, 1);
     if (scene == QLatin1String("edit")) {
@@ -174,6 +238,9 @@ QImage render(AppModel &model, qreal pixelRatio, bool inactive, std::optional<Ti
         for (EditMask *mask : window.findChildren<EditMask *>())
             mask->setMaskCursor(MaskCursor(*maskField, true));
     }
+    if (model.historyRecorder())
+        window.rootView()->reportView()->open();
+    window.fitToContent();
     if (markFocus && model.board().timers.size() > 1) {
         const TimerRow *row = window.rootView()->rowList()->row(model.board().timers.at(1).id);
         window.rootView()->focusMark()->showOn(row->playButton());

@@ -25,13 +25,14 @@ qreal pixelRatio(const QString &scene);
 
 // Services for a still scene: a clock stopped at one instant, a scheduler that never runs
 // anything and settings kept in memory.
-Services stillServices();
+Services stillServices(Instant at = 1'700'000'000);
 
-// A model without a store showing `scene` in `style`; `undo` must outlive it.
+// A model without a store showing `scene` in `style`; `undo` must outlive it. The report
+// scene's model records into a generated history held in memory.
 std::unique_ptr<AppModel> sceneModel(const QString &scene, StyleID style, UndoManager &undo);
 
 // The window rendered into a transparent image at `pixelRatio`; an open time mask shows its
-// cursor on `maskField` when given.
+// cursor on `maskField` when given. A model with a history shows the week's report.
 // `markFocus` shows the keyboard focus mark on the second row's start button.
 QImage render(AppModel &model, qreal pixelRatio, bool inactive, std::optional<TimeField> maskField = std::nullopt,
               bool markFocus = false);

@@ -224,6 +224,12 @@ Theme buildClassic()
     t.focusInk = ink;
     t.focusShape = ShapeKind::rect(6);
     t.focusWidth = 2;
+    t.reportFill = cream;
+    t.reportInk = ink;
+    t.reportMuted = t.muted;
+    t.reportGrid = QColor(0xE4, 0xDE, 0xD0);
+    t.reportSeries = {ink, Theme::Palette::coral, Theme::Palette::sky, white};
+    t.reportBarEdge = ink;
     return t;
 }
 
@@ -250,6 +256,11 @@ Theme buildColor()
     t.sbHover = QColor(0xA6, 0xEB, 0xCC);
     t.accent = Theme::Palette::sky;
     t.muted = QColor(0x3A, 0x35, 0x2D); // readable on every tint, coral included
+    t.reportFill = t.windowFill;
+    t.reportMuted = t.muted;
+    t.reportGrid = QColor(0xEC, 0xDF, 0xC6);
+    t.reportSeries = Theme::Palette::rowCycle();
+    t.reportBarEdge = ink;
     return t;
 }
 
@@ -396,6 +407,13 @@ Theme buildGameboy()
     t.focusInk = D::c0;
     t.focusShape = ShapeKind::notched(2);
     t.focusWidth = 2;
+    t.reportFill = D::c3;
+    t.reportInk = D::c0;
+    t.reportMuted = D::c0;
+    t.reportGrid = D::c2;
+    // Four shades are all the screen has: the darkest first, every piece edged in it.
+    t.reportSeries = {D::c0, D::c1, D::c2, D::c3};
+    t.reportBarEdge = D::c0;
     return t;
 }
 
@@ -550,6 +568,12 @@ Theme buildBraun()
     t.focusInk = ink;
     t.focusShape = ShapeKind::rect(7);
     t.focusWidth = 2;
+    t.reportFill = t.rowFill;
+    t.reportInk = ink;
+    t.reportMuted = t.muted;
+    t.reportGrid = QColor(0xDD, 0xD9, 0xD0);
+    t.reportSeries = {orange, QColor(0x3A, 0x38, 0x33), QColor(0xA3, 0x9E, 0x93), QColor(0xD9, 0xB8, 0x4A)};
+    t.reportBarEdge = QColor();
     return t;
 }
 
@@ -702,6 +726,13 @@ Theme buildAmber()
     t.focusKind = FocusKind::brackets;
     t.focusInk = A::ink;
     t.focusWidth = 1.5;
+    t.reportFill = A::bg;
+    t.reportInk = A::ink;
+    t.reportMuted = dimText;
+    t.reportGrid = A::faint;
+    // Phosphor at four brightnesses.
+    t.reportSeries = {A::ink, QColor(0xFF, 0xD0, 0x89), QColor(0xA8, 0x72, 0x28), QColor(0x6E, 0x4C, 0x1E)};
+    t.reportBarEdge = QColor();
     return t;
 }
 
@@ -852,6 +883,14 @@ Theme buildFlap()
     t.focusInk = F::yellow;
     t.focusShape = ShapeKind::rect(5);
     t.focusWidth = 2;
+    t.reportFill = F::body;
+    t.reportInk = F::digit;
+    t.reportMuted = F::label;
+    t.reportGrid = F::tile;
+    // The board's own paints: the yellow, the card white, a worn grey, the signal red; pieces
+    // split by the black gap between tiles.
+    t.reportSeries = {F::yellow, F::digit, QColor(0x8C, 0x87, 0x7B), QColor(0xD2, 0x46, 0x2F)};
+    t.reportBarEdge = black;
     return t;
 }
 
@@ -1005,6 +1044,12 @@ Theme buildShell()
     t.focusKind = FocusKind::brackets;
     t.focusInk = T::green;
     t.focusWidth = 1.5;
+    t.reportFill = T::bg;
+    t.reportInk = T::text;
+    t.reportMuted = dimText;
+    t.reportGrid = T::bar;
+    t.reportSeries = {T::green, T::yellow, QColor(0x61, 0xAF, 0xEF), QColor(0xC6, 0x78, 0xDD), T::red};
+    t.reportBarEdge = QColor();
     return t;
 }
 

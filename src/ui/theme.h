@@ -259,6 +259,15 @@ struct Theme {
     QColor focusInk;
     ShapeKind focusShape; // of the ring
     qreal focusWidth = 2;
+    // The week's report in the window: the ground it is drawn on, its text and the fainter text
+    // of dates and scale (both at least 4.5:1 on the ground), the scale's lines, the colours the
+    // timers' bars take in turn, and the edge around each bar piece (invalid: none).
+    QColor reportFill;
+    QColor reportInk;
+    QColor reportMuted;
+    QColor reportGrid;
+    QList<QColor> reportSeries;
+    QColor reportBarEdge;
 
     friend bool operator==(const Theme &, const Theme &) = default;
 

@@ -62,6 +62,8 @@ TockMenus::TockMenus(AppModel *model, QWidget *window, MenuActions actions)
     item(timer, QStringLiteral("Add Timer"), [model] { model->addTimer(); })->setShortcut(chord(Qt::Key_N));
     item(timer, QStringLiteral("Pause All"), [model] { model->pauseAll(); })
         ->setShortcut(chord(Qt::Key_P, Qt::ShiftModifier));
+    timer->addSeparator();
+    item(timer, QStringLiteral("Report"), actions.report)->setShortcut(chord(Qt::Key_R));
 
     QMenu *size = new QMenu(QStringLiteral("Size"), window);
     // Ctrl+= is the same key as Ctrl++ without Shift on most layouts.

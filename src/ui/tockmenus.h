@@ -26,6 +26,7 @@ struct MenuActions {
     std::function<void()> close;
     std::function<void()> paste;     // into whatever has the keys
     std::function<void()> selectAll; // likewise
+    std::function<void()> report;    // opens or closes the week's report
     std::function<void()> hide;       // macOS only
     std::function<void()> hideOthers; // macOS only
 };

@@ -7,6 +7,7 @@
 #include "endingsignals.h"
 #include "platformwindow.h"
 #include "panelindicator.h"
+#include "reportview.h"
 #include "rootview.h"
 #include "startup.h"
 #include "store.h"
@@ -113,9 +114,10 @@ int runWindow(const QString &directory, const ActivationTokens &tokens)
     else if (!control.listen())
         std::fprintf(stderr, "tock: scripting is off: %s\n", qPrintable(control.errorString()));
     // A signal (logging out) ends without asking, as the session has to end.
-    // The report of the history opens from the panel too: set PanelActions::report here and
-    // the menu gets its "Report" item.
-    PanelIndicator panel(&model, &window, PanelActions{});
+    // The panel's "Report" shows the window on this week's report.
+    PanelActions panelActions;
+    panelActions.report = [&window] { window.rootView()->reportView()->open(); };
+    PanelIndicator panel(&model, &window, panelActions);
     panel.showInPanel();
     const EndingSignals closeOnSignal(&window, [&window] {
         window.closeWithoutAsking();

@@ -3,6 +3,7 @@
 #include "appmodel.h"
 #include "dialogs.h"
 #include "gesturerouter.h"
+#include "reportview.h"
 #include "rootview.h"
 #include "rowdragger.h"
 #include "shellkeys.h"
@@ -58,6 +59,7 @@ WindowInteraction::WindowInteraction(AppModel *model, TockWindow *window, QStrin
         if (QLineEdit *field = focusedField(window_))
             field->selectAll();
     };
+    actions.report = [this] { window_->rootView()->reportView()->toggle(); };
 #ifdef Q_OS_MACOS
     actions.hide = [this] { window_->hide(); };
     connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {

@@ -101,6 +101,11 @@ QList<Pair> pairsOf(const Theme &t)
         // The focus mark against the row it sits on.
         pairs.append({"focus mark, row " + n, t.focusInk, row, large});
     }
+    // The week's report: dates, names and totals, then the fainter dates and scale, on its ground.
+    const QColor report = over(t.reportFill, window);
+    pairs.append({"report text", t.reportInk, report, small});
+    pairs.append({"report dates and scale", t.reportMuted, report, small});
+    pairs.append({"focus mark, report", t.focusInk, report, large});
     pairs.append({"focus mark, window", t.focusInk, window, large});
     pairs.append({"focus mark, title", t.focusInk, title, large});
     return pairs;

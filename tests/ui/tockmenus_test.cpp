@@ -57,7 +57,7 @@ private Q_SLOTS:
             "Tock: About Tock, Show Data Folder, -, Quit Tock (Ctrl+Q)",
 #endif
             "Edit: Undo (Ctrl+Z), Redo (Ctrl+Shift+Z Ctrl+Y), -, Paste (Ctrl+V), Select All (Ctrl+A)",
-            "Timer: Add Timer (Ctrl+N), Pause All (Ctrl+Shift+P)",
+            "Timer: Add Timer (Ctrl+N), Pause All (Ctrl+Shift+P), -, Report (Ctrl+R)",
             "Size: Make Larger (Ctrl++ Ctrl+=), Make Smaller (Ctrl+-), Actual Size (Ctrl+0)",
             "Style: Neo Classic (Ctrl+1), Neo Color (Ctrl+2), Play Kid (Ctrl+3), Calculator (Ctrl+4), "
             "Amber Terminal (Ctrl+5), Split-Flap (Ctrl+6), Shell (Ctrl+7)",
