@@ -303,9 +303,11 @@ void ReportView::paintEvent(QPaintEvent *)
     Draw::text(painter, QRectF(right - totalWidth, y, totalWidth, lineHeight), Qt::AlignRight | Qt::AlignVCenter,
                duration(report_.total), font, t.reportInk);
     y += lineHeight;
-    Draw::text(painter, QRectF(left, y, right - left, hintHeight), Qt::AlignCenter,
-               Theme::applyCase(t.labelCase, QStringLiteral("\u2190 \u2192 weeks \u00B7 Esc back")), caption,
-               t.reportMuted);
+    // The keys' reminder goes first when a short screen leaves no room for it.
+    if (y + hintHeight <= all.height())
+        Draw::text(painter, QRectF(left, y, right - left, hintHeight), Qt::AlignCenter,
+                   Theme::applyCase(t.labelCase, QStringLiteral("\u2190 \u2192 weeks \u00B7 Esc back")), caption,
+                   t.reportMuted);
 }
 
 } // namespace tock
