@@ -1,5 +1,6 @@
-// What the history costs: recording a start and a pause (one transaction each), a week's report
-// and an export over five years of heavy use (100,000 runs), and the size of that database.
+// What the history costs: recording a start and a pause (one transaction each), a week's report,
+// the window's week and an export over five years of heavy use (100,000 runs), and the size of
+// that database.
 // Each figure is printed beside a yardstick measured in the same run: a save of timers.json with
 // ten timers (written, flushed, renamed), which every start and pause already costs.
 //   history_bench [DIR]   (DIR: where the database is built; a temporary folder by default)
@@ -8,6 +9,7 @@
 #include "report.h"
 #include "snapshot.h"
 #include "store.h"
+#include "weekreport.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -119,6 +121,18 @@ int main(int argc, char **argv)
                                              reader.timers(), t);
         Q_UNUSED(csv);
     });
+    // The window's report: this week read through the window's own connection and built, and
+    // the rebuild a running timer's tick makes from what was read.
+    const QDate thisWeek = WeekReport::weekStart(today, Qt::Monday);
+    const double windowWeek = medianMs(20, [&](int) {
+        const WeekReport r = WeekReport::build(WeekHistory::read(history, thisWeek), t);
+        Q_UNUSED(r);
+    });
+    const WeekHistory read = WeekHistory::read(history, thisWeek);
+    const double windowTick = medianMs(200, [&](int i) {
+        const WeekReport r = WeekReport::build(read, t + i);
+        Q_UNUSED(r);
+    });
     const double check = medianMs(5, [&](int) { History(path, History::Access::write).quickCheck(); });
     const qint64 bytes = QFileInfo(path).size() + QFileInfo(path + QStringLiteral("-wal")).size();
 
@@ -133,6 +147,8 @@ int main(int argc, char **argv)
     row("report month, 100,000 runs", month);
     row("report all, 100,000 runs", all);
     row("export csv all, 100,000 runs", exportAll);
+    row("window report, a week read and built, 100,000 runs", windowWeek);
+    row("window report, rebuilt on a tick", windowTick);
     row("open with quick_check, 100,000 runs", check);
     out << "\nhistory.db with 100,000 runs and " << history.adjustments().size() << " adjustments: "
         << QString::number(double(bytes) / 1e6, 'f', 1) << " MB\n";

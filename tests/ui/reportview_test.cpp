@@ -2,6 +2,7 @@
 // the arrows and Home move through the weeks, Esc returns to the timers, a running timer's
 // figures grow on the tick, and a screen reader finds a table of timers by days.
 #include "accessibility.h"
+#include "focusmark.h"
 #include "historyrecorder.h"
 #include "modelfixture.h"
 #include "reportview.h"
@@ -95,8 +96,9 @@ private Q_SLOTS:
         QCOMPARE(x.report->isVisible(), open);
         QCOMPARE(x.window->rootView()->rowList()->isVisible(), !open);
         QCOMPARE(x.report->report().start, week);
-        // Open, the report has the keys; closed, no control does.
+        // Open, the report has the keys and wears the focus mark; closed, no control does.
         QCOMPARE(QApplication::focusWidget() == x.report, open);
+        QCOMPARE(x.window->rootView()->focusMark()->target() == x.report, open);
     }
 
     void runningTimerGrowsOnTheTick()
