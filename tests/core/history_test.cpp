@@ -215,6 +215,27 @@ private slots:
         QCOMPARE(nothing.text(), QStringLiteral("Wednesday 2026-11-25\nnothing recorded\n"));
     }
 
+    // Instants in local time with their offset, on both sides of each daylight-saving change
+    // (the offset of a day is remembered, so the days with a change are the ones to check).
+    void isoLocalFollowsTheChanges_data()
+    {
+        table<QString, qint64, QString>({"what", "utc", "local"}, {
+            {"before the clocks go forward", 1774745999, "2026-03-29T01:59:59+01:00"},
+            {"after the clocks go forward", 1774746000, "2026-03-29T03:00:00+02:00"},
+            {"the first 2:30 in autumn", 1792888200, "2026-10-25T02:30:00+02:00"},
+            {"the second 2:30 in autumn", 1792891800, "2026-10-25T02:30:00+01:00"},
+            {"the day after", 1792972800, "2026-10-26T01:00:00+01:00"},
+            {"before 1970", -3600, "1970-01-01T00:00:00+01:00"},
+        });
+    }
+    void isoLocalFollowsTheChanges()
+    {
+        QFETCH(qint64, utc);
+        QFETCH(QString, local);
+        QCOMPARE(isoLocal(double(utc)), local);
+        QCOMPARE(isoLocal(double(utc) + 0.75), local);
+    }
+
     void exports()
     {
         const QList<History::Interval> intervals{{focus, at("2026-11-25T09:00:00"), at("2026-11-25T09:00:02.500")},
