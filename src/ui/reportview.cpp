@@ -138,7 +138,7 @@ void ReportView::rebuild()
     const bool resized = next.rows.size() != report_.rows.size();
     report_ = std::move(next);
     if (resized)
-        Q_EMIT openChanged(); // the height follows the number of timers
+        Q_EMIT heightChanged();
     Q_EMIT reportChanged();
     update();
 }

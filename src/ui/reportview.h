@@ -38,6 +38,8 @@ Q_SIGNALS:
     void openChanged();
     // The figures or the week changed.
     void reportChanged();
+    // preferredHeight() changed (a timer came into the week or left it).
+    void heightChanged();
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -107,6 +107,7 @@ RootView::RootView(AppModel *model, QWidget *parent, WindowActions actions)
     });
     connect(footer_, &Footer::heightChanged, this, [this] { relayout(); });
     connect(report_, &ReportView::openChanged, this, &RootView::reportOpenChanged);
+    connect(report_, &ReportView::heightChanged, this, [this] { relayout(); });
     const auto promptChanged = [this] {
         if (theme().addStyle == AddStyle::prompt) {
             footer_->promptView()->update();
