@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace tock {
 
@@ -294,39 +293,13 @@ QString reportDuration(double seconds)
         .arg(a % 60, 2, 10, QLatin1Char('0'));
 }
 
-namespace {
-
-// The local offset from UTC at `seconds`. Asking the zone walks its rules every time, and an
-// export asks twice per run: each UTC day's offset is remembered when it is the same at both
-// ends of the day (every day but those with a change), and only those days ask per instant.
-int offsetAt(int64_t seconds)
-{
-    constexpr int changes = std::numeric_limits<int>::min();
-    const auto ask = [](int64_t s) { return QDateTime::fromSecsSinceEpoch(s).offsetFromUtc(); };
-    thread_local QHash<int64_t, int> days;
-    const int64_t day = seconds >= 0 ? seconds / 86400 : (seconds - 86399) / 86400;
-    auto it = days.constFind(day);
-    if (it == days.constEnd()) {
-        const int first = ask(day * 86400);
-        it = days.insert(day, first == ask(day * 86400 + 86399) ? first : changes);
-    }
-    return *it == changes ? ask(seconds) : *it;
-}
-
-} // namespace
-
 QString isoLocal(Instant instant)
 {
-    const int64_t seconds = int64_t(std::floor(instant));
-    const int offset = offsetAt(seconds);
-    // The fields of local time are those of UTC shifted by the offset, which needs no zone.
-    const int64_t local = seconds + offset;
-    const int64_t day = local >= 0 ? local / 86400 : (local - 86399) / 86400;
-    const int64_t second = local - day * 86400;
-    const QDate d = QDate(1970, 1, 1).addDays(day);
+    const QDateTime local = QDateTime::fromSecsSinceEpoch(int64_t(std::floor(instant)));
+    const int offset = local.offsetFromUtc();
     const int a = std::abs(offset);
-    return QString::asprintf("%04d-%02d-%02dT%02d:%02d:%02d%c%02d:%02d", d.year(), d.month(), d.day(), int(second / 3600),
-                             int(second / 60 % 60), int(second % 60), offset < 0 ? '-' : '+', a / 3600, a / 60 % 60);
+    return local.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"))
+         + QStringLiteral("%1%2:%3").arg(offset < 0 ? QLatin1Char('-') : QLatin1Char('+')).arg(a / 3600, 2, 10, QLatin1Char('0')).arg(a / 60 % 60, 2, 10, QLatin1Char('0'));
 }
 
 QByteArray exportHistory(ExportFormat format, const QList<History::Interval> &intervals,

@@ -215,8 +215,7 @@ private slots:
         QCOMPARE(nothing.text(), QStringLiteral("Wednesday 2026-11-25\nnothing recorded\n"));
     }
 
-    // Instants in local time with their offset, on both sides of each daylight-saving change
-    // (the offset of a day is remembered, so the days with a change are the ones to check).
+    // Instants in local time with their offset, on both sides of each daylight-saving change.
     void isoLocalFollowsTheChanges_data()
     {
         table<QString, qint64, QString>({"what", "utc", "local"}, {
