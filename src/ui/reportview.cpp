@@ -19,7 +19,7 @@ namespace {
 // The layout, in unzoomed points.
 constexpr qreal titleHeight = 20;
 constexpr qreal chartHeight = 96;
-constexpr qreal scaleWidth = 26;   // the hour labels left of the bars
+constexpr qreal scaleWidth = 34;   // the scale labels left of the bars ("45m", "12h")
 constexpr qreal dayLabels = 30;    // weekday and date under each bar
 constexpr qreal lineHeight = 20;   // a timer in the legend
 constexpr qreal hintHeight = 18;
