@@ -72,7 +72,7 @@ protected:
                                 .arg(card.width())
                                 .arg(card.height())
                                 .arg(separated);
-        layer_.paint(this, event->region(), key, [&](QPainter &painter) {
+        layer_.paint(this, pixelShift(), event->region(), key, [&](QPainter &painter) {
             begin(painter);
             Draw::Panel panel;
             panel.fill = panel.fill2 = fill;
@@ -225,7 +225,7 @@ void LiveTimeButton::paintEvent(QPaintEvent *event)
                                 .arg(zoom())
                                 .arg(area.width())
                                 .arg(area.height());
-        well_.paint(this, event->region(), key, [&](QPainter &wellPainter) {
+        well_.paint(this, pixelShift(), event->region(), key, [&](QPainter &wellPainter) {
             begin(wellPainter);
             Draw::Panel well;
             well.fill = t.wellFill;
