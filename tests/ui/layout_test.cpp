@@ -10,8 +10,12 @@
 #include "rowlist.h"
 #include "screenshots.h"
 #include "stylemenu.h"
+#include "deletereveal.h"
+#include "livetimebutton.h"
 #include "timerrow.h"
+#include "stylebutton.h"
 #include "titlebar.h"
+#include "windowbuttons.h"
 #include "tockwindow.h"
 #include "windowapp.h"
 

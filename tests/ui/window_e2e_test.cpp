@@ -6,6 +6,7 @@
 // failing backups, a flood of undo steps, and quitting with unsaved changes. timers.json tells
 // what happened. Skipped
 // where Xvfb or xdotool is not installed.
+#include "livetimebutton.h"
 #include "modelfixture.h"
 #include "rootview.h"
 #include "rowlist.h"
