@@ -166,7 +166,7 @@ qreal RootView::inset() const
 QSizeF RootView::contentSize() const
 {
     const Theme &t = theme();
-    const qreal chrome = 2 * inset() + t.titleHeight + banner_->heightFor(contentWidth - 2 * inset())
+    const qreal chrome = 2 * inset() + t.titleHeight + banner_->heightFor(Theme::contentWidth - 2 * inset())
                        + footer_->preferredHeight();
     const qreal list = model()->board().timers.isEmpty() ? EmptyHint::height : rows_->contentHeight();
     qreal height = chrome + std::min(list, std::max<qreal>(heightCap_ - chrome, t.rowHeight + 2 * t.contentPadding));
@@ -175,7 +175,7 @@ QSizeF RootView::contentSize() const
         const qreal menuBottom = inset() + t.titleHeight + menu_->preferredSize().height() - menu_->shadowRoom().top() + 4;
         height = std::max(height, menuBottom + t.contentPadding);
     }
-    return {contentWidth, std::ceil(height)};
+    return {Theme::contentWidth, std::ceil(height)};
 }
 
 qreal RootView::heightCap() const

@@ -78,7 +78,7 @@ WindowInteraction::WindowInteraction(AppModel *model, TockWindow *window, QStrin
 
 double WindowInteraction::rowWidth() const
 {
-    return RootView::contentWidth - 2 * Theme::of(model_->style()).rowInset;
+    return Theme::contentWidth - 2 * Theme::of(model_->style()).rowInset;
 }
 
 bool WindowInteraction::eventFilter(QObject *watched, QEvent *event)

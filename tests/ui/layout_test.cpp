@@ -210,7 +210,7 @@ private Q_SLOTS:
         std::unique_ptr<AppModel> model = Screenshots::sceneModel(scene, style, undo);
         const QImage image = Screenshots::render(*model, 2, false);
         const qreal zoom = scene == QLatin1String("zoom") ? 1.8 : scene == QLatin1String("default") ? 0.8 : 1.0;
-        QVERIFY(image.width() >= qRound(RootView::contentWidth * zoom * 2));
+        QVERIFY(image.width() >= qRound(Theme::contentWidth * zoom * 2));
         // The card is opaque in its middle and the corners outside the shadow are clear.
         QCOMPARE(qAlpha(image.pixel(image.width() / 2, image.height() / 2)), 255);
         QCOMPARE(qAlpha(image.pixel(0, 0)), 0);

@@ -297,15 +297,15 @@ private Q_SLOTS:
         QCOMPARE(w.f.m().zoom(), 1.0);
         const QSize before = w.window->size();
         const int margin = w.window->marginPixels();
-        QCOMPARE(before.width() - 2 * margin, int(RootView::contentWidth));
+        QCOMPARE(before.width() - 2 * margin, int(Theme::contentWidth));
         w.f.m().setZoom(1.8);
         const int bigMargin = w.window->marginPixels();
-        QCOMPARE(w.window->width() - 2 * bigMargin, qRound(RootView::contentWidth * 1.8));
+        QCOMPARE(w.window->width() - 2 * bigMargin, qRound(Theme::contentWidth * 1.8));
         QVERIFY(std::abs((w.window->height() - 2 * bigMargin) - 1.8 * (before.height() - 2 * margin)) <= 2);
         // The zoom light toggles between the compact and the large size.
         click(w.root()->titleBar()->windowButtons()->button(WindowButton::Action::zoom));
         QCOMPARE(w.f.m().zoom(), 0.8);
-        QCOMPARE(w.window->width() - 2 * w.window->marginPixels(), qRound(RootView::contentWidth * 0.8));
+        QCOMPARE(w.window->width() - 2 * w.window->marginPixels(), qRound(Theme::contentWidth * 0.8));
     }
 
     // The frameless window moves with a drag on its title bar, once past the drag distance
