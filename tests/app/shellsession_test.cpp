@@ -5,7 +5,7 @@
 #include "shellhistory.h"
 #include "text.h"
 #include "timevalues.h"
-#include "modeltest.h"
+#include "modelfixture.h"
 
 #include <QRegularExpression>
 #include <QTest>

@@ -1,7 +1,6 @@
-// Start-up over temporary data folders: the command-line switches, the launch for each load
-// result, the refusal while another copy holds the folder, and the ending; then the real `tock`
-// binary end to end (lines from standard input and arguments, output and error streams, exit
-// statuses, what ends up on disk). Each run of the binary folds in several checks, as runs are slow.
+// Start-up over temporary data folders, then the real `tock` binary end to end: lines in,
+// output, errors and exit statuses out, and what ends up on disk. Each run of the binary folds in
+// several checks, as runs are slow.
 #include "files.h"
 #include "run.h"
 #include "snapshot.h"

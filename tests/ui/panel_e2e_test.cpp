@@ -1,9 +1,6 @@
 // The real tock on a virtual display and a private session bus, with panel_host.py standing in
-// for the desktop's panel. Tock starts before any panel and shows nothing; when the panel comes
-// it registers its item. The test reads the item's status, icon and tooltip as a panel does,
-// starts a timer through the window, hides and shows the window with a left click, and pauses
-// everything and quits through the exported menu; timers.json tells what happened. Skipped
-// where Xvfb, xdotool, dbus-daemon or Python's D-Bus and GLib bindings are missing.
+// for the desktop's panel that comes after Tock: the item's status, icon, tooltip and menu.
+// Skipped where Xvfb, xdotool, dbus-daemon or Python's D-Bus and GLib bindings are missing.
 #include "run.h"
 
 #include <QDir>

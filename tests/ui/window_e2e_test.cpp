@@ -1,10 +1,6 @@
-// The real tock on a virtual display, driven by real key presses and clicks: add a timer with
-// its shortcut, type its time into the mask, delete rows with Backspace, undo, close; a terminal and
-// a second copy using the running window; and a running timer paused when the session is ended by
-// a signal. Then what the running window must never lose: a data folder moved or deleted under
-// it, a save that fails while a script talks to it, links and modes, the control socket's folder,
-// failing backups, a flood of undo steps, and quitting with unsaved changes. timers.json tells
-// what happened. Skipped where Xvfb or xdotool is not installed.
+// The real tock on a virtual display, driven by real keys and clicks and by terminals beside it;
+// timers.json tells what happened, also when its folder or files are taken away. Skipped where
+// Xvfb or xdotool is not installed.
 #include "files.h"
 #include "modelfixture.h"
 #include "rootview.h"

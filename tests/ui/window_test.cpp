@@ -1,7 +1,5 @@
-// The window's views under the offscreen platform: clicks reach the right model actions, the
-// banner's buttons, the empty board shows only the hint and the footer, a tick repaints only
-// running time displays, a hidden window skips ticks and catches up, the zoom sizes it, a title
-// bar drag moves it and it fits itself to a new screen.
+// The window's views under the offscreen platform: clicks reach the model, repaints stay with
+// what changed, the window follows zoom, drags and screens.
 #include "draw.h"
 #include "footer.h"
 #include "namefield.h"
