@@ -6,11 +6,15 @@
 #include "flapclock.h"
 #include "focusmark.h"
 #include "footer.h"
+#include "emptyhint.h"
 #include "noticebanner.h"
 #include "rowlist.h"
 #include "stylemenu.h"
+#include "livetimebutton.h"
 #include "timerrow.h"
+#include "stylebutton.h"
 #include "titlebar.h"
+#include "windowbuttons.h"
 
 #include <QApplication>
 #include <QKeyEvent>

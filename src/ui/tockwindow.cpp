@@ -122,7 +122,7 @@ void TockWindow::paintEvent(QPaintEvent *event)
                             .arg(root.y())
                             .arg(root.width())
                             .arg(root.height());
-    card_.paint(this, event->region(), key, [&](QPainter &painter) {
+    card_.paint(this, QPointF(), event->region(), key, [&](QPainter &painter) {
         const Theme &t = Theme::of(model_->style());
         Draw::Panel panel;
         panel.fill = t.windowFill;

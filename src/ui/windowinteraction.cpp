@@ -5,7 +5,7 @@
 #include "gesturerouter.h"
 #include "rootview.h"
 #include "rowdragger.h"
-#include "shellkeys.h"
+#include "keyrouter.h"
 #include "theme.h"
 #include "titlebar.h"
 #include "tockmenus.h"

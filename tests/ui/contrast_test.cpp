@@ -72,6 +72,8 @@ QList<Pair> pairsOf(const Theme &t)
         pairs.append({"prompt sign", t.accent, window, small});
         pairs.append({"placeholder and output", t.muted, window, small});
         pairs.append({"prompt error", t.danger, window, small});
+    } else {
+        pairs.append({"add key", t.primaryInk, over(t.primaryFill, window), small});
     }
     if (t.icons == IconKind::word) {
         // Words stand on the window or the row; the window buttons' words are muted.
@@ -80,7 +82,6 @@ QList<Pair> pairsOf(const Theme &t)
         pairs.append({"labelled key", t.buttonInk, over(t.buttonFill, window), small});
     } else {
         pairs.append({"labelled key", t.buttonInk, over(t.buttonFill, window), small});
-        pairs.append({"add key", t.primaryInk, over(t.primaryFill, window), small});
         pairs.append({"delete key", QColor(Qt::white), t.danger, small});
     }
     const int rows = std::max<int>(1, int(t.rowTints.size()));
@@ -99,6 +100,7 @@ QList<Pair> pairsOf(const Theme &t)
             pairs.append({"key word, row " + n, t.buttonInk, row, small});
             pairs.append({"running key word, row " + n, t.runningInk, row, small});
         } else {
+            pairs.append({"key, row " + n, t.buttonInk, over(t.buttonFill, row), large});
             pairs.append({"running key, row " + n, t.runningInk, over(t.runningFillAt(i), row), large});
         }
         // The focus mark against the row it sits on.

@@ -11,8 +11,12 @@
 #include "screenshots.h"
 #include "stylemenu.h"
 #include "table.h"
+#include "deletereveal.h"
+#include "livetimebutton.h"
 #include "timerrow.h"
+#include "stylebutton.h"
 #include "titlebar.h"
+#include "windowbuttons.h"
 #include "tockwindow.h"
 #include "windowapp.h"
 

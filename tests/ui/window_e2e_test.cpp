@@ -2,6 +2,7 @@
 // timers.json tells what happened, also when its folder or files are taken away. Skipped where
 // Xvfb or xdotool is not installed.
 #include "files.h"
+#include "livetimebutton.h"
 #include "modelfixture.h"
 #include "rootview.h"
 #include "rowlist.h"

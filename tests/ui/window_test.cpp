@@ -4,6 +4,7 @@
 #include "footer.h"
 #include "namefield.h"
 #include "modelfixture.h"
+#include "emptyhint.h"
 #include "noticebanner.h"
 #include "rootview.h"
 #include "rowlist.h"
@@ -11,8 +12,12 @@
 #include "styles.h"
 #include "table.h"
 #include "theme.h"
+#include "deletereveal.h"
+#include "livetimebutton.h"
 #include "timerrow.h"
+#include "stylebutton.h"
 #include "titlebar.h"
+#include "windowbuttons.h"
 #include "tockwindow.h"
 
 #include <QApplication>
