@@ -11,6 +11,7 @@
 #include "rootview.h"
 #include "rowlist.h"
 #include "screenshots.h"
+#include "livetimebutton.h"
 #include "timerrow.h"
 #include "tockwindow.h"
 #include "fontloader.h"

@@ -1,11 +1,15 @@
-// Whole files in and out, for tests that set up or inspect a data folder directly.
+// Whole files and folders in and out, for tests that set up or inspect a data folder directly.
 #pragma once
 
 #include <QByteArray>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QMap>
 #include <QString>
+
+#include <sys/stat.h>
 
 namespace tock::testing {
 
@@ -23,6 +27,28 @@ inline QByteArray readFile(const QString &path)
 {
     QFile f(path);
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+// The permission bits of `path` itself (a link is not followed); -1 when there is nothing.
+inline int modeOf(const QString &path)
+{
+    struct stat st;
+    return ::lstat(QFile::encodeName(path).constData(), &st) == 0 ? int(st.st_mode & 07777) : -1;
+}
+
+// Every entry under `root` (hidden ones included) by relative path with its content: "<dir>" for
+// a folder, so that a vanished empty one shows too, and "<other>" for anything not a regular file.
+inline QMap<QString, QByteArray> folderContents(const QString &root)
+{
+    QMap<QString, QByteArray> result;
+    QDirIterator it(root, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot | QDir::System, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        result.insert(QDir(root).relativeFilePath(path), it.fileInfo().isDir()    ? QByteArrayLiteral("<dir>")
+                                                         : it.fileInfo().isFile() ? readFile(path)
+                                                                                  : QByteArrayLiteral("<other>"));
+    }
+    return result;
 }
 
 } // namespace tock::testing

@@ -3,7 +3,7 @@
 #include "appmodel.h"
 #include "keydecoder.h"
 #include "lineeditor.h"
-#include "terminal.h"
+#include "terminalsession.h"
 #include "text.h"
 
 #include <QEventLoop>

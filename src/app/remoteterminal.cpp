@@ -1,6 +1,6 @@
 #include "remoteterminal.h"
 
-#include "terminal.h"
+#include "terminalsession.h"
 
 #include <cerrno>
 #include <unistd.h>

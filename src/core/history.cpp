@@ -66,6 +66,24 @@ struct Use {
     ~Use() { sqlite3_reset(s); sqlite3_clear_bindings(s); }
 };
 
+// What a timer was doing when is the user's own business: a new history starts readable by its
+// owner alone (SQLite gives its log files the same mode), and one left readable by others is
+// made private. Links are not followed here; SQLite refuses them when it opens the file.
+void keepPrivate(const QString &path)
+{
+    const QFileInfo info(path);
+    if (info.isSymLink())
+        return;
+    constexpr QFileDevice::Permissions own = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+    if (!info.exists()) {
+        QFile file(path);
+        if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly, own))
+            file.close();
+    } else if (info.isFile() && (info.permissions() & ~(own | QFileDevice::ReadUser | QFileDevice::WriteUser))) {
+        QFile::setPermissions(path, own | QFileDevice::ReadUser | QFileDevice::WriteUser);
+    }
+}
+
 } // namespace
 
 History::History(const QString &path, Access access) : path_(path), access_(access)
@@ -82,6 +100,8 @@ History::History(const QString &path, Access access) : path_(path), access_(acce
 void History::open(Access access)
 {
     const int flags = access == Access::write ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE : SQLITE_OPEN_READONLY;
+    if (access == Access::write)
+        keepPrivate(path_);
     const int code = sqlite3_open_v2(QFile::encodeName(path_).constData(), &db_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
     if (code != SQLITE_OK)
         fail(QStringLiteral("could not open"), code);

@@ -4,6 +4,7 @@
 #include "editmask.h"
 #include "footer.h"
 #include "namefield.h"
+#include "emptyhint.h"
 #include "noticebanner.h"
 #include "reportaccessible.h"
 #include "reportview.h"

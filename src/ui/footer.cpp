@@ -1,7 +1,6 @@
 #include "footer.h"
 
 #include "draw.h"
-#include "rootview.h"
 
 #include <QEasingCurve>
 #include <QFontMetricsF>
@@ -177,7 +176,7 @@ QStringList PromptView::wrap(const QFont &font, const QString &line, qreal width
 QStringList PromptView::shownOutput() const
 {
     const Theme &t = theme();
-    const qreal width = RootView::contentWidth - 2 * t.windowBorderWidth - 2 * t.contentPadding;
+    const qreal width = Theme::contentWidth - 2 * t.windowBorderWidth - 2 * t.contentPadding;
     QStringList lines;
     for (const QString &output : model()->shell().shellOutput())
         lines << wrap(t.nameFont, output, width);

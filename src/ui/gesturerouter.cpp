@@ -16,7 +16,7 @@ namespace tock {
 GestureRouter::GestureRouter(AppModel *model, QObject *parent)
     : QObject(parent), model_(model), burst_(new QTimer(this))
 {
-    rowWidth_ = [model] { return RootView::contentWidth - 2 * Theme::of(model->style()).rowInset; };
+    rowWidth_ = [model] { return Theme::contentWidth - 2 * Theme::of(model->style()).rowInset; };
     burst_->setSingleShot(true);
     burst_->setInterval(burstGapMs);
     connect(burst_, &QTimer::timeout, this, &GestureRouter::endBurst);

@@ -38,15 +38,4 @@ private:
     Action secondAction_ = Action::showFiles;
 };
 
-class EmptyHint : public View {
-    Q_OBJECT
-public:
-    using View::View;
-    static QString text() { return QStringLiteral("No timers yet"); }
-    static constexpr qreal height = 92;
-
-protected:
-    void paintEvent(QPaintEvent *event) override;
-};
-
 } // namespace tock

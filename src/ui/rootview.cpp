@@ -6,12 +6,16 @@
 #include "flapclock.h"
 #include "focusmark.h"
 #include "footer.h"
+#include "emptyhint.h"
 #include "noticebanner.h"
 #include "reportview.h"
 #include "rowlist.h"
 #include "stylemenu.h"
+#include "livetimebutton.h"
 #include "timerrow.h"
+#include "stylebutton.h"
 #include "titlebar.h"
+#include "windowbuttons.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -169,7 +173,7 @@ qreal RootView::inset() const
 QSizeF RootView::contentSize() const
 {
     const Theme &t = theme();
-    const qreal chrome = 2 * inset() + t.titleHeight + banner_->heightFor(contentWidth - 2 * inset())
+    const qreal chrome = 2 * inset() + t.titleHeight + banner_->heightFor(Theme::contentWidth - 2 * inset())
                        + footer_->preferredHeight();
     const qreal list = report_->isOpen()                  ? report_->preferredHeight() + 2 * reportMargin
                      : model()->board().timers.isEmpty() ? EmptyHint::height
@@ -180,7 +184,7 @@ QSizeF RootView::contentSize() const
         const qreal menuBottom = inset() + t.titleHeight + menu_->preferredSize().height() - menu_->shadowRoom().top() + 4;
         height = std::max(height, menuBottom + t.contentPadding);
     }
-    return {contentWidth, std::ceil(height)};
+    return {Theme::contentWidth, std::ceil(height)};
 }
 
 qreal RootView::heightCap() const

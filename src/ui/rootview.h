@@ -31,8 +31,6 @@ struct WindowActions {
 class RootView : public View {
     Q_OBJECT
 public:
-    static constexpr qreal contentWidth = 320;
-
     RootView(AppModel *model, QWidget *parent, WindowActions actions);
 
     // The content's size in unzoomed points, the rows capped so the window fits the screen.

@@ -218,7 +218,7 @@ std::unique_ptr<AppModel> sceneModel(const QString &scene, StyleID style, UndoMa
     } else if (scene == QLatin1String("swipe-long")) {
         model->beginSwipe(design);
         model->swipe(-AppModel::revealWidth - 6);
-        model->endSwipe(RootView::contentWidth);
+        model->endSwipe(Theme::contentWidth);
     } else if (scene == QLatin1String("long")) {
         model->setScreenHeight(600);
     } else if (scene == QLatin1String("edit-long")) {

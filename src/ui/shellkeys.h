@@ -1,14 +1,12 @@
-// The command prompt's keys and the window's key routing: which key edits the prompt, which goes
-// to the mask or a name field, which deletes the hovered row and which is left to the menus.
+// The command prompt's key table: which key edits the prompt, runs or completes the line, and
+// which is left to the window and the menus.
 #pragma once
 
-#include <QObject>
 #include <QString>
 
 #include <functional>
 
 class QKeyEvent;
-class QWidget;
 
 namespace tock {
 
@@ -45,29 +43,5 @@ PromptKey promptKeyFor(const AppModel &model, const QKeyEvent &event);
 
 // Applies the prompt's key table; true when the key was consumed.
 bool handleShellKey(AppModel &model, const QKeyEvent &event, const ClipboardText &clipboard);
-
-// Watches one window's keys after its children had their say: while nothing else is typing,
-// prompt styles send keys to the prompt, and ⌫ deletes the hovered or revealed row.
-class KeyRouter : public QObject {
-    Q_OBJECT
-public:
-    KeyRouter(AppModel *model, QWidget *window, ClipboardText clipboard = systemClipboardText);
-
-    // A time edit is open, or a name field has the keys.
-    bool isTyping() const;
-    // The style's footer is the prompt, so typing goes there.
-    bool promptHasKeys() const;
-
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
-private:
-    bool wantsKey(const QKeyEvent &event) const;
-    bool takeKey(const QKeyEvent &event);
-
-    AppModel *model_;
-    QWidget *window_;
-    ClipboardText clipboard_;
-};
 
 } // namespace tock

@@ -2,65 +2,14 @@
 // text and the style button. Its empty area drags the window.
 #pragma once
 
-#include "buttonview.h"
+#include "view.h"
 
 #include <QPoint>
 
 namespace tock {
 
-// One window button: close, minimize or zoom.
-class WindowButton : public ButtonView {
-    Q_OBJECT
-public:
-    enum class Action { close, minimize, zoom };
-    WindowButton(AppModel *model, QWidget *parent, Action action);
-    Action action() const { return action_; }
-    QSizeF preferredSize() const;
-    // The window being inactive greys the lights out.
-    static QString helpText(Action action);
-
-protected:
-    void paintEvent(QPaintEvent *event) override;
-
-private:
-    QString word() const; // the button in word themes
-    void paintLight(QPainter &painter, const QRectF &rect);
-    void paintBox(QPainter &painter, const QRectF &rect);
-    Action action_;
-};
-
-// Close, minimize and zoom, in that order: the window's own buttons.
-class WindowButtons : public View {
-    Q_OBJECT
-public:
-    WindowButtons(AppModel *model, QWidget *parent);
-    WindowButton *button(WindowButton::Action action) const;
-    QSizeF preferredSize() const;
-    void relayout();
-
-protected:
-    void enterEvent(QEnterEvent *event) override;
-    void leaveEvent(QEvent *event) override;
-
-private:
-    WindowButton *buttons_[3];
-};
-
-// The button that opens the style menu: the current style's name and an open indicator.
-class StyleButton : public ButtonView {
-    Q_OBJECT
-public:
-    StyleButton(AppModel *model, QWidget *parent);
-    QSizeF preferredSize() const;
-    void refresh(); // the style or the menu changed
-    QString accessibleValue() const override;
-
-protected:
-    void paintEvent(QPaintEvent *event) override;
-
-private:
-    QString label() const;
-};
+class StyleButton;
+class WindowButtons;
 
 class TitleBar : public View {
     Q_OBJECT

@@ -1,7 +1,7 @@
 #include "tockwindow.h"
 
+#include "accessibility.h"
 #include "dialogs.h"
-
 #include "draw.h"
 #include "platformwindow.h"
 #include "rootview.h"
@@ -29,6 +29,8 @@ constexpr qreal shadowMargin = 14; // unzoomed; room for the hard and the soft s
 TockWindow::TockWindow(AppModel *model, std::function<void()> showFiles, QWidget *parent)
     : QWidget(parent, Qt::Window | Qt::FramelessWindowHint), model_(model)
 {
+    // Before any view is described to a reader: an interface, once made, is kept.
+    Accessibility::install();
     setObjectName(QStringLiteral("TockWindow"));
     setWindowTitle(QStringLiteral("Tock"));
     setAttribute(Qt::WA_TranslucentBackground);
@@ -122,7 +124,7 @@ void TockWindow::paintEvent(QPaintEvent *event)
                             .arg(root.y())
                             .arg(root.width())
                             .arg(root.height());
-    card_.paint(this, event->region(), key, [&](QPainter &painter) {
+    card_.paint(this, QPointF(), event->region(), key, [&](QPainter &painter) {
         const Theme &t = Theme::of(model_->style());
         Draw::Panel panel;
         panel.fill = t.windowFill;

@@ -1,7 +1,5 @@
 #include "view.h"
 
-#include "accessibility.h"
-
 #include <QCoreApplication>
 #include <QResizeEvent>
 
@@ -9,11 +7,7 @@
 
 namespace tock {
 
-View::View(AppModel *model, QWidget *parent) : QWidget(parent), model_(model)
-{
-    // Before any view is described to a reader: an interface, once made, is kept.
-    Accessibility::install();
-}
+View::View(AppModel *model, QWidget *parent) : QWidget(parent), model_(model) {}
 
 qreal View::zoom() const
 {

@@ -6,7 +6,7 @@
 #include "reportview.h"
 #include "rootview.h"
 #include "rowdragger.h"
-#include "shellkeys.h"
+#include "keyrouter.h"
 #include "theme.h"
 #include "titlebar.h"
 #include "tockmenus.h"
@@ -80,7 +80,7 @@ WindowInteraction::WindowInteraction(AppModel *model, TockWindow *window, QStrin
 
 double WindowInteraction::rowWidth() const
 {
-    return RootView::contentWidth - 2 * Theme::of(model_->style()).rowInset;
+    return Theme::contentWidth - 2 * Theme::of(model_->style()).rowInset;
 }
 
 bool WindowInteraction::eventFilter(QObject *watched, QEvent *event)

@@ -1,7 +1,9 @@
 // Saving against a real store in a temporary folder: bursts, failures, the archive and the
 // blocked store (the tick and the saving cadence are self-check scenarios). Virtual time throughout.
 #include "files.h"
-#include "modeltest.h"
+#include "modelfixture.h"
+
+#include <QTest>
 
 #include "instancelock.h"
 #include "timevalues.h"

@@ -1,6 +1,8 @@
 // Undo, redo and toasts: the menu path and the toast path share one history, and a toast undoes
 // exactly its own action whatever lies above it (the self-check runs the main toast scenarios).
-#include "modeltest.h"
+#include "modelfixture.h"
+
+#include <QTest>
 
 using namespace tock;
 

@@ -2,9 +2,12 @@
 // blocking client, clients that misbehave (dropped while the event loop's clock keeps its
 // beat), and the real `tock --shell` talking to a window held by this process.
 #include "controlclient.h"
+#include "files.h"
 #include "controlserver.h"
 #include "instancelock.h"
 #include "modelfixture.h"
+#include "run.h"
+#include "table.h"
 
 #include <QtTest>
 
@@ -23,6 +26,7 @@
 #include <unistd.h>
 
 using namespace tock;
+using tock::testing::Run;
 
 namespace {
 
@@ -53,12 +57,6 @@ struct Beat {
         since.start();
     }
 };
-
-mode_t modeOf(const QString &path)
-{
-    struct stat status = {};
-    return ::lstat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode : 0;
-}
 
 QString folderOf(const QString &path)
 {
@@ -92,15 +90,16 @@ private Q_SLOTS:
 
     void path_data()
     {
-        QTest::addColumn<QString>("runtime"); // "": unset; "long": private but too long a path
-        QTest::addColumn<QString>("temp");    // the temp folder's tock-<uid> before: absent, private, open, link
-        QTest::addColumn<QString>("where");   // runtime, temp or none
-        QTest::newRow("runtime folder") << "private" << "absent" << "runtime";
-        QTest::newRow("no runtime folder") << "" << "absent" << "temp";
-        QTest::newRow("runtime path too long") << "long" << "absent" << "temp";
-        QTest::newRow("temp folder kept") << "" << "private" << "temp";
-        QTest::newRow("temp folder open to others") << "" << "open" << "none";
-        QTest::newRow("temp folder is a link") << "" << "link" << "none";
+        // runtime: "" unset, "long" private but too long a path; temp: the temp folder's tock-<uid>
+        // before; where: the folder chosen, runtime, temp or none.
+        table<QString, QString, QString, QString>({"case", "runtime", "temp", "where"}, {
+            {"runtime folder", "private", "absent", "runtime"},
+            {"no runtime folder", "", "absent", "temp"},
+            {"runtime path too long", "long", "absent", "temp"},
+            {"temp folder kept", "", "private", "temp"},
+            {"temp folder open to others", "", "open", "none"},
+            {"temp folder is a link", "", "link", "none"},
+        });
     }
     void path()
     {
@@ -130,7 +129,7 @@ private Q_SLOTS:
         }
         QCOMPARE(folderOf(path), where == QLatin1String("runtime") ? runtime_.path() : own);
         QVERIFY(QFile::encodeName(path).size() <= ControlSocket::maxPathBytes);
-        QCOMPARE(modeOf(folderOf(path)) & 07777, mode_t(0700));
+        QCOMPARE(tock::testing::modeOf(folderOf(path)), 0700);
         // One socket per data folder, however the folder is written.
         QCOMPARE(ControlSocket::path(scratch_.path() + QStringLiteral("/./")), path);
         QVERIFY(ControlSocket::path(root.path()) != path);
@@ -151,17 +150,16 @@ private Q_SLOTS:
     // What the window does with a line: exactly what typing it does, minus closing itself.
     void runOnModel_data()
     {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<ControlReply>("reply");
-        QTest::addColumn<QStringList>("names");
         const QStringList abc{"A", "B", "C"};
-        QTest::newRow("add") << "add X" << ControlReply{{"added “X” as 4"}} << QStringList{"A", "B", "C", "X"};
-        QTest::newRow("remove") << "rm 2" << ControlReply{{"deleted “B” · undo brings it back"}} << QStringList{"A", "C"};
-        QTest::newRow("unknown") << "bogus" << ControlReply{{"unknown command: bogus (type help)"}, true, true} << abc;
-        QTest::newRow("clear") << "clear" << ControlReply{} << abc;
-        QTest::newRow("blank") << " \t" << ControlReply{} << abc;
-        QTest::newRow("exit") << "exit" << ControlReply{{}, false, false, true} << abc;
-        QTest::newRow("exit misused") << "exit now" << ControlReply{{"usage: exit"}, true, true} << abc;
+        table<QString, ControlReply, QStringList>({"line", "reply", "names"}, {
+            {"add X", ControlReply{{"added “X” as 4"}}, {"A", "B", "C", "X"}},
+            {"rm 2", ControlReply{{"deleted “B” · undo brings it back"}}, {"A", "C"}},
+            {"bogus", ControlReply{{"unknown command: bogus (type help)"}, true, true}, abc},
+            {"clear", ControlReply{}, abc},
+            {" \t", ControlReply{}, abc},
+            {"exit", ControlReply{{}, false, false, true}, abc},
+            {"exit now", ControlReply{{"usage: exit"}, true, true}, abc},
+        });
     }
     void runOnModel()
     {
@@ -203,10 +201,8 @@ private Q_SLOTS:
 
     void noWindowAnswers_data()
     {
-        QTest::addColumn<QString>("there");
-        QTest::newRow("no private folder") << "";
-        QTest::newRow("nothing at the path") << "nothing";
-        QTest::newRow("a listener that never answers") << "silent";
+        // "": no private folder; "nothing" at the path; a "silent" listener that never answers.
+        table<QString>({"there"}, {{""}, {"nothing"}, {"silent"}});
     }
     void noWindowAnswers()
     {
@@ -223,20 +219,20 @@ private Q_SLOTS:
 
     void badClientsAreDropped_data()
     {
-        QTest::addColumn<QByteArray>("sent");
-        QTest::addColumn<QByteArray>("answer");
         const QByteArray tooLong = ControlSocket::refusal(QStringLiteral("line too long"));
         // A run request exactly as long as a line may be; the handler answers its line's length.
         const qsizetype fill = ControlSocket::maxLineBytes - (ControlSocket::runRequest({}).size() - 1);
         const QByteArray longest = ControlSocket::runRequest(QString(fill, QLatin1Char('x')));
-        QTest::newRow("not JSON") << QByteArray("hello\n") << QByteArray();
-        QTest::newRow("unknown request") << QByteArray("{\"op\":\"dance\"}\n") << QByteArray();
-        QTest::newRow("run without a line") << QByteArray("{\"op\":\"run\"}\n") << QByteArray();
-        QTest::newRow("line too long, unended") << QByteArray(70000, 'x') << tooLong;
-        QTest::newRow("line too long by one") << QByteArray(ControlSocket::maxLineBytes + 1, 'x') + '\n' << tooLong;
-        QTest::newRow("longest line, then stall") << longest << ControlSocket::runReply({{QString::number(fill)}});
-        QTest::newRow("stalls mid-request") << QByteArray("{\"op\":") << QByteArray();
-        QTest::newRow("says nothing") << QByteArray() << QByteArray();
+        table<QString, QByteArray, QByteArray>({"case", "sent", "answer"}, {
+            {"not JSON", "hello\n", {}},
+            {"unknown request", "{\"op\":\"dance\"}\n", {}},
+            {"run without a line", "{\"op\":\"run\"}\n", {}},
+            {"line too long, unended", QByteArray(70000, 'x'), tooLong},
+            {"line too long by one", QByteArray(ControlSocket::maxLineBytes + 1, 'x') + '\n', tooLong},
+            {"longest line, then stall", longest, ControlSocket::runReply({{QString::number(fill)}})},
+            {"stalls mid-request", "{\"op\":", {}},
+            {"says nothing", {}, {}},
+        });
     }
     void badClientsAreDropped()
     {
@@ -301,22 +297,17 @@ private Q_SLOTS:
     // The real `tock --shell` while this process holds the data folder and serves its socket.
     void terminalDrivesTheRunningCopy_data()
     {
-        QTest::addColumn<bool>("answers");
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QByteArray>("input");
-        QTest::addColumn<QStringList>("printed"); // output lines, error lines marked "! ", status
-        QTest::addColumn<QStringList>("names");
-        QTest::newRow("arguments") << true << QStringList{"add X", "start x", "bogus", "exit", "add Never"} << QByteArray()
-                                   << QStringList{"added “X” as 4", "started “X”", "! unknown command: bogus (type help)", "exit 1"}
-                                   << QStringList{"A", "B", "C", "X"};
-        QTest::newRow("standard input") << true << QStringList() << QByteArray("add Y\n \nrm y\nexit\nadd Never\n")
-                                        << QStringList{"added “Y” as 4", "deleted “Y” · undo brings it back", "exit 0"}
-                                        << QStringList{"A", "B", "C"};
-        QTest::newRow("no answer") << false << QStringList{"add X"} << QByteArray()
-                                   << QStringList{"! Tock is already running",
-                                                  "! Another copy of Tock is using the timer data. Only one copy can run at a time so nothing gets overwritten.",
-                                                  "exit 3"}
-                                   << QStringList{"A", "B", "C"};
+        // printed: output lines, error lines marked "! ", the status.
+        table<QString, bool, QStringList, QByteArray, QStringList, QStringList>({"case", "answers", "arguments", "input", "printed", "names"}, {
+            {"arguments", true, {"add X", "start x", "bogus", "exit", "add Never"}, {},
+             {"added “X” as 4", "started “X”", "! unknown command: bogus (type help)", "exit 1"}, {"A", "B", "C", "X"}},
+            {"standard input", true, {}, "add Y\n \nrm y\nexit\nadd Never\n",
+             {"added “Y” as 4", "deleted “Y” · undo brings it back", "exit 0"}, {"A", "B", "C"}},
+            {"no answer", false, {"add X"}, {},
+             {"! Tock is already running",
+              "! Another copy of Tock is using the timer data. Only one copy can run at a time so nothing gets overwritten.", "exit 3"},
+             {"A", "B", "C"}},
+        });
     }
     void terminalDrivesTheRunningCopy()
     {
@@ -348,12 +339,8 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(tock.state(), QProcess::NotRunning, 60000);
         QCOMPARE(tock.exitStatus(), QProcess::NormalExit);
 
-        QStringList result;
-        for (const auto &[text, mark] : {std::pair{tock.readAllStandardOutput(), ""}, std::pair{tock.readAllStandardError(), "! "}}) {
-            for (const QString &line : QString::fromUtf8(text).split(QLatin1Char('\n'), Qt::SkipEmptyParts))
-                result << QLatin1String(mark) + line;
-        }
-        QCOMPARE(result << QStringLiteral("exit %1").arg(tock.exitCode()), printed);
+        const Run ran{QString::fromUtf8(tock.readAllStandardOutput()), QString::fromUtf8(tock.readAllStandardError()), tock.exitCode()};
+        QCOMPARE(ran.lines(), printed);
         QCOMPARE(f.names(), names);
         QCOMPARE(QDir(data).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList{".lock"});
         if (!answers)

@@ -1,10 +1,11 @@
 // What the model's edits leave in the history, in virtual time, and the terminal's report and
 // export over it through the real executable.
+#include "files.h"
 #include "historyrecorder.h"
 #include "modelfixture.h"
+#include "run.h"
 #include "startup.h"
 
-#include <QProcess>
 #include <QRandomGenerator>
 #include <QTest>
 
@@ -189,11 +190,7 @@ private slots:
     {
         VirtualServices v;
         QTemporaryDir dir;
-        const QString db = dir.filePath(History::fileName());
-        QFile file(db);
-        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(QByteArray(8192, '\x5a'));
-        file.close();
+        testing::writeFile(dir.filePath(History::fileName()), QByteArray(8192, '\x5a'));
         AppSession session(dir.path(), v.services());
         QCOMPARE(session.start(), AppSession::Start::started);
         session.openHistory(HistoryRecorder::Check::full);
@@ -210,17 +207,14 @@ private slots:
     void terminalReportAndExport()
     {
         QTemporaryDir dir;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("TOCK_DATA_DIR"), dir.path());
+        env.insert(QStringLiteral("TZ"), QStringLiteral("UTC"));
         const auto run = [&](const QStringList &arguments, int *status = nullptr) {
-            QProcess tock;
-            QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-            env.insert(QStringLiteral("TOCK_DATA_DIR"), dir.path());
-            env.insert(QStringLiteral("TZ"), QStringLiteral("UTC"));
-            tock.setProcessEnvironment(env);
-            tock.start(QStringLiteral(TOCK_BINARY), arguments);
-            tock.waitForFinished(60000);
+            const testing::Run ran = testing::run(QStringLiteral(TOCK_BINARY), arguments, env);
             if (status)
-                *status = tock.exitCode();
-            return QString::fromUtf8(tock.readAllStandardOutput() + tock.readAllStandardError());
+                *status = ran.status;
+            return ran.out + ran.err;
         };
         // Before any run there is nothing to report, and nothing is created.
         QCOMPARE(run({"--export", "csv"}), QStringLiteral("timer_id,timer,start,end,seconds,kind\r\n"));
@@ -242,10 +236,7 @@ private slots:
         QCOMPARE(run({"--export", "xml"}, &status),
                  QStringLiteral("tock: export writes csv or json: tock --export csv|json [RANGE]\n"));
         QCOMPARE(status, 1);
-        QFile db(dir.filePath(History::fileName()));
-        QVERIFY(db.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        db.write(QByteArray(8192, 'x'));
-        db.close();
+        testing::writeFile(dir.filePath(History::fileName()), QByteArray(8192, 'x'));
         QVERIFY(run({"--report", "week"}, &status).startsWith(QLatin1String("tock: could not read history.db: ")));
         QCOMPARE(status, 1);
     }

@@ -7,8 +7,6 @@
 using namespace tock;
 using Key = KeyEvent::Key;
 
-Q_DECLARE_METATYPE(QList<KeyEvent>)
-
 namespace {
 
 KeyEvent key(Key k)

@@ -1,51 +1,32 @@
 // The model's shell session: each command's output line and effect, undo steps, the preamble's
 // refusal, prompt editing by grapheme, history browsing and storage, completion.
 #include "appinfo.h"
-#include "appmodel.h"
 #include "shell.h"
 #include "shellhistory.h"
-#include "store.h"
 #include "text.h"
 #include "timevalues.h"
-#include "undomanager.h"
-#include "modeltest.h"
+#include "modelfixture.h"
 
 #include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace tock;
 
 namespace {
 
-struct Session {
-    VirtualServices virt;
-    UndoManager undo;
-    std::unique_ptr<AppModel> model;
-    int beeps = 0;
-    int exits = 0;
-
-    // "Deep work" 100 s paused, "Design" running from now, "Email" one hour paused; style amber.
-    explicit Session(std::shared_ptr<Store> store = {})
+// "Deep work" 100 s paused, "Design" running from now, "Email" one hour paused; style amber.
+struct Session : ModelFixture {
+    explicit Session(WithStore withStore = WithStore::no) : ModelFixture(withStore, {})
     {
-        Board board;
-        board.add(QStringLiteral("Deep work"));
-        board.timers.last().accumulated = 100;
-        board.add(QStringLiteral("Design"));
-        board.timers.last().startedAt = virt.clock->now();
-        board.add(QStringLiteral("Email"));
-        board.timers.last().accumulated = 3600;
-        model = std::make_unique<AppModel>(std::move(store), board, StyleID::amber, std::nullopt, virt.services(), undo);
-        QObject::connect(model.get(), &AppModel::beepRequested, [this] { ++beeps; });
-        QObject::connect(&model->shell(), &ShellSession::exitRequested, [this] { ++exits; });
+        Board b = ModelFixture::board({"Deep work", "Design", "Email"}, {100, 0, 3600});
+        b.timers[1].startedAt = v.clock->now();
+        make(b, std::nullopt, StyleID::amber);
     }
 
     // The output lines, marked "! " when they report an error.
     QStringList run(const QString &line)
     {
-        model->shell().setPrompt(line, Text::graphemeCount(line));
-        model->shell().promptRun();
-        QStringList output = model->shell().shellOutput();
+        QStringList output = shell(line);
         for (QString &text : output)
             text.prepend(model->shell().shellOutputIsError() ? "! " : "");
         return output;
@@ -62,7 +43,7 @@ struct Session {
     {
         QStringList rows;
         for (const TimerItem &timer : model->board().timers)
-            rows << timer.name + ' ' + TimeFormat::string(timer.elapsed(virt.clock->now())) + (timer.isRunning() ? "*" : "");
+            rows << timer.name + ' ' + TimeFormat::string(timer.elapsed(v.clock->now())) + (timer.isRunning() ? "*" : "");
         return rows.join(QStringLiteral(", "));
     }
 };
@@ -127,7 +108,7 @@ private Q_SLOTS:
         QCOMPARE(session.model->style(), style < 0 ? StyleID::amber : StyleID(style));
         QCOMPARE(session.prompt(), "|");
         QCOMPARE(ModelProbe::history(*session.model).entries(), QStringList{line});
-        QVERIFY(!session.virt.settings->value(QStringLiteral("shellHistory"))); // stored only with a store
+        QVERIFY(!session.v.settings->value(QStringLiteral("shellHistory"))); // stored only with a store
         // A change is one undo step even across several timers; adding, naming, starting and pausing are none.
         const bool undoable = !board.isNull() && !QRegularExpression("^(add|new|start|play|pause|toggle|rename)\\b").match(line).hasMatch();
         QCOMPARE(session.undo.canUndo(), undoable);
@@ -144,10 +125,10 @@ private Q_SLOTS:
     {
         Session session;
         // Timers started together share one instant.
-        session.virt.clock->advance(10);
-        session.virt.clock->setDrift(0.001);
+        session.v.clock->advance(10);
+        session.v.clock->setDrift(0.001);
         session.run(QStringLiteral("start all"));
-        session.virt.clock->setDrift(0);
+        session.v.clock->setDrift(0);
         const QList<TimerItem> &timers = session.model->board().timers;
         QVERIFY(timers.at(0).startedAt.has_value());
         QCOMPARE(timers.at(2).startedAt, timers.at(0).startedAt);
@@ -214,8 +195,7 @@ private Q_SLOTS:
 
     void historyBrowsingKeepsTheTypedLine()
     {
-        QTemporaryDir folder;
-        Session session(std::make_shared<Store>(folder.path(), 5, 600.0));
+        Session session(WithStore::yes);
         AppModel &model = *session.model;
         session.run(QStringLiteral("  help "));
         session.run(QStringLiteral("frob")); // failed lines are history too
@@ -231,7 +211,7 @@ private Q_SLOTS:
         browse(true);
         model.shell().setPrompt(QString(), 0);
         QCOMPARE(browse(true), "frob|");
-        QCOMPARE(session.virt.settings->value(QStringLiteral("shellHistory")).value_or(QVariant()).toStringList(),
+        QCOMPARE(session.v.settings->value(QStringLiteral("shellHistory")).value_or(QVariant()).toStringList(),
                  QStringList({"help", "frob"}));
     }
 };

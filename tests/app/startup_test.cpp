@@ -1,8 +1,8 @@
-// Start-up over temporary data folders: the command-line switches, the launch for each load
-// result, the refusal while another copy holds the folder, and the ending; then the real `tock`
-// binary end to end (lines from standard input and arguments, output and error streams, exit
-// statuses, what ends up on disk). Each run of the binary folds in several checks, as runs are slow.
+// Start-up over temporary data folders, then the real `tock` binary end to end: lines in,
+// output, errors and exit statuses out, and what ends up on disk. Each run of the binary folds in
+// several checks, as runs are slow.
 #include "files.h"
+#include "run.h"
 #include "snapshot.h"
 #include "startup.h"
 #include "table.h"
@@ -10,7 +10,6 @@
 #include "virtualservices.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -20,7 +19,7 @@
 #include <sys/time.h>
 
 using namespace tock;
-using tock::testing::readFile;
+using namespace tock::testing;
 
 namespace {
 
@@ -42,19 +41,6 @@ QString describe(const StartupMode &mode)
 QStringList entries(const QString &folder)
 {
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-}
-
-// Every entry under `folder` by relative path with its content ("<dir>" for folders, "<other>"
-// for anything that is not a regular file).
-QMap<QString, QByteArray> contents(const QString &folder)
-{
-    QMap<QString, QByteArray> result;
-    QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString path = it.next();
-        result.insert(QDir(folder).relativeFilePath(path), it.fileInfo().isDir() ? "<dir>" : it.fileInfo().isFile() ? readFile(path) : "<other>");
-    }
-    return result;
 }
 
 QByteArray encoded(const QStringList &names, std::optional<QString> style = std::nullopt)
@@ -83,10 +69,9 @@ struct Launch {
 
     explicit Launch(const QByteArray &main = {}, const QByteArray &backup = {})
     {
-        for (const auto &[name, data] : {std::pair{"timers.json", main}, std::pair{"Backups/timers-1.json", backup}}) {
-            QFile file(folder + QLatin1Char('/') + QLatin1String(name));
-            if (!data.isNull() && QDir().mkpath(QFileInfo(file).path()) && file.open(QIODevice::WriteOnly))
-                file.write(data);
+        for (const auto &[name, data] : {std::pair{"/timers.json", main}, std::pair{"/Backups/timers-1.json", backup}}) {
+            if (!data.isNull())
+                writeFile(folder + QLatin1String(name), data);
         }
         app.emplace(folder, virt.services());
     }
@@ -108,36 +93,32 @@ class StartupTest : public QObject {
     QTemporaryDir root_;
     QString data_; // a fresh folder per test, not there until the binary creates it
 
-    void start(QProcess &process, const QStringList &arguments, const QString &program = QStringLiteral(TOCK_BINARY))
+    QProcessEnvironment environment()
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("TOCK_DATA_DIR"), data_);
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"), root_.filePath(QStringLiteral("config")));
         environment.insert(QStringLiteral("XDG_DATA_HOME"), root_.filePath(QStringLiteral("share")));
         environment.insert(QStringLiteral("TOCK"), QStringLiteral(TOCK_BINARY));
-        process.setProcessEnvironment(environment);
-        process.start(program, arguments);
+        return environment;
     }
 
     // Standard output lines, then error lines marked "! ", then the exit status. With `shell`,
     // `arguments` is one shell script that runs "$TOCK".
     QStringList tock(const QStringList &arguments, const QByteArray &input = {}, bool shell = false)
     {
-        QProcess process;
         if (shell)
-            start(process, {QStringLiteral("-c"), arguments.join(QLatin1Char(' '))}, QStringLiteral("/bin/bash"));
-        else
-            start(process, arguments);
-        process.write(input);
-        process.closeWriteChannel();
-        if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
-            return {QStringLiteral("did not end normally")};
-        QStringList result;
-        for (const auto &[data, mark] : {std::pair{process.readAllStandardOutput(), ""}, std::pair{process.readAllStandardError(), "! "}}) {
-            for (const QString &line : QString::fromUtf8(data).split(QLatin1Char('\n')).mid(0, data.count('\n')))
-                result << QLatin1String(mark) + line;
-        }
-        return result << QStringLiteral("exit %1").arg(process.exitCode());
+            return run(QStringLiteral("/bin/bash"), {QStringLiteral("-c"), arguments.join(QLatin1Char(' '))}, environment(), input).lines();
+        return run(QStringLiteral(TOCK_BINARY), arguments, environment(), input).lines();
+    }
+
+    // The terminal in this process, on the test's folder: its status, output and errors.
+    std::tuple<int, QString, QString> terminal(const QStringList &lines, VirtualServices &virt)
+    {
+        QString outText, errText;
+        QTextStream out(&outText), err(&errText);
+        const int status = runTerminal(lines, data_, virt.services(), out, err);
+        return {status, outText, errText};
     }
 
 private Q_SLOTS:
@@ -148,30 +129,30 @@ private Q_SLOTS:
 
     void switches_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("mode");
-        QTest::newRow("unknown") << QStringList{"-psn_0_42"} << "normal";
-        QTest::newRow("bench") << QStringList{"--bench", "classic", "10", "2.5"} << "bench classic 10 2.5";
-        QTest::newRow("bench signed, exponent") << QStringList{"--bench", "flap", "-3", "1e2"} << "bench flap -3 100";
-        QTest::newRow("bench word count") << QStringList{"--bench", "classic", "ten", "2.5"} << "normal";
-        QTest::newRow("bench display name") << QStringList{"--bench", "Neo Classic", "10", "2.5"} << "normal";
-        QTest::newRow("bench bad number") << QStringList{"--bench", "classic", "10", "x"} << "normal";
-        QTest::newRow("bench infinite") << QStringList{"--bench", "classic", "10", "inf"} << "normal";
-        QTest::newRow("bench short") << QStringList{"--bench", "classic", "10"} << "normal";
-        QTest::newRow("bench before selftest") << QStringList{"--selftest", "--bench", "amber", "1", "0"} << "bench amber 1 0";
-        QTest::newRow("invalid bench, selftest") << QStringList{"--bench", "x", "1", "1", "--selftest"} << "selftest";
-        QTest::newRow("flipdemo before selftest") << QStringList{"--selftest", "--flipdemo"} << "flipdemo";
-        QTest::newRow("selftest before screenshots") << QStringList{"--screenshots", "out", "--selftest"} << "selftest";
-        QTest::newRow("screenshots") << QStringList{"--screenshots", "/tmp/shots"} << "screenshots /tmp/shots";
-        QTest::newRow("screenshots last") << QStringList{"--screenshots"} << "normal";
-        QTest::newRow("shell lines") << QStringList{"--shell", "add A", "--selftest", "rm 1"} << "shell [add A|--selftest|rm 1]";
-        QTest::newRow("switch before shell") << QStringList{"--selftest", "--shell", "help"} << "selftest";
-        QTest::newRow("line not a folder") << QStringList{"--screenshots", "--shell", "x"} << "shell [x]";
-        QTest::newRow("report") << QStringList{"--report"} << "report []";
-        QTest::newRow("report range") << QStringList{"--report", "last-week"} << "report [last-week]";
-        QTest::newRow("export") << QStringList{"--export", "json", "2026-11-01..2026-11-02"} << "export [json] [2026-11-01..2026-11-02]";
-        QTest::newRow("export without format") << QStringList{"--export", "--report"} << "report []";
-        QTest::newRow("selftest before report") << QStringList{"--report", "--selftest"} << "selftest";
+        table<QString, QStringList, QString>({"case", "arguments", "mode"}, {
+            {"unknown", {"-psn_0_42"}, "normal"},
+            {"bench", {"--bench", "classic", "10", "2.5"}, "bench classic 10 2.5"},
+            {"bench signed, exponent", {"--bench", "flap", "-3", "1e2"}, "bench flap -3 100"},
+            {"bench word count", {"--bench", "classic", "ten", "2.5"}, "normal"},
+            {"bench display name", {"--bench", "Neo Classic", "10", "2.5"}, "normal"},
+            {"bench bad number", {"--bench", "classic", "10", "x"}, "normal"},
+            {"bench infinite", {"--bench", "classic", "10", "inf"}, "normal"},
+            {"bench short", {"--bench", "classic", "10"}, "normal"},
+            {"bench before selftest", {"--selftest", "--bench", "amber", "1", "0"}, "bench amber 1 0"},
+            {"invalid bench, selftest", {"--bench", "x", "1", "1", "--selftest"}, "selftest"},
+            {"flipdemo before selftest", {"--selftest", "--flipdemo"}, "flipdemo"},
+            {"selftest before screenshots", {"--screenshots", "out", "--selftest"}, "selftest"},
+            {"screenshots", {"--screenshots", "/tmp/shots"}, "screenshots /tmp/shots"},
+            {"screenshots last", {"--screenshots"}, "normal"},
+            {"shell lines", {"--shell", "add A", "--selftest", "rm 1"}, "shell [add A|--selftest|rm 1]"},
+            {"switch before shell", {"--selftest", "--shell", "help"}, "selftest"},
+            {"line not a folder", {"--screenshots", "--shell", "x"}, "shell [x]"},
+            {"report", {"--report"}, "report []"},
+            {"report range", {"--report", "last-week"}, "report [last-week]"},
+            {"export", {"--export", "json", "2026-11-01..2026-11-02"}, "export [json] [2026-11-01..2026-11-02]"},
+            {"export without format", {"--export", "--report"}, "report []"},
+            {"selftest before report", {"--report", "--selftest"}, "selftest"},
+        });
     }
 
     void switches()
@@ -269,9 +250,7 @@ private Q_SLOTS:
     void settingsWrittenOnceAtTheEnd()
     {
         VirtualServices virt;
-        QString outText, errText;
-        QTextStream out(&outText), err(&errText);
-        const auto status = runTerminal({"add A", "style amber", "rename a B", "style split-flap"}, data_, virt.services(), out, err);
+        const auto [status, outText, errText] = terminal({"add A", "style amber", "rename a B", "style split-flap"}, virt);
         QVERIFY2(status == TerminalStatus::succeeded, qPrintable(outText + errText));
         const QStringList writes = virt.settings->writes();
         QVERIFY2(!writes.isEmpty(), qPrintable(errText));
@@ -283,15 +262,11 @@ private Q_SLOTS:
     // A save that fails is news on standard error and fails the run, though every line worked.
     void aFailedSaveFailsTheRun()
     {
-        const QString folder = data_;
         // The save's temporary file cannot be written where a folder of that name stands.
-        QVERIFY(QDir().mkpath(folder + QStringLiteral("/.timers.json.%1.tmp").arg(QCoreApplication::applicationPid())));
+        QVERIFY(QDir().mkpath(data_ + QStringLiteral("/.timers.json.%1.tmp").arg(QCoreApplication::applicationPid())));
         VirtualServices virt;
-        QString outText;
-        QString errText;
-        QTextStream out(&outText);
-        QTextStream err(&errText);
-        QCOMPARE(runTerminal({"add A"}, folder, virt.services(), out, err), TerminalStatus::failed);
+        const auto [status, outText, errText] = terminal({"add A"}, virt);
+        QCOMPARE(status, TerminalStatus::failed);
         QCOMPARE(outText, QString::fromUtf8("added “A” as 4\n"));
         QVERIFY2(errText.startsWith(StorageNotice::saveFailed({}).title() + '\n'), qPrintable(errText));
     }
@@ -308,7 +283,8 @@ private Q_SLOTS:
     void secondCopyRefusedWhileTheFirstRuns()
     {
         QProcess first;
-        start(first, {"--shell"});
+        first.setProcessEnvironment(environment());
+        first.start(QStringLiteral(TOCK_BINARY), {"--shell"});
         first.write("add Kept\nstart kept\n");
         QStringList answers;
         while (answers.size() < 2 && first.waitForReadyRead(30000)) {
@@ -346,13 +322,11 @@ private Q_SLOTS:
     {
         QFETCH(QStringList, arguments);
         QFETCH(bool, window);
-        QProcess process;
-        qputenv("LD_DEBUG", "libs"); // read by the child's loader only
-        start(process, arguments);
-        qunsetenv("LD_DEBUG");
-        QVERIFY(process.waitForFinished(60000));
-        QCOMPARE(process.exitCode(), 0);
-        const QByteArray report = process.readAllStandardError();
+        QProcessEnvironment loader = environment();
+        loader.insert(QStringLiteral("LD_DEBUG"), QStringLiteral("libs"));
+        const Run ran = run(QStringLiteral(TOCK_BINARY), arguments, loader);
+        QCOMPARE(ran.status, 0);
+        const QString report = ran.err;
         if (!report.contains("calling init:"))
             QSKIP("this system's dynamic loader does not report what it loads");
         QVERIFY(report.contains("libQt6Core"));
@@ -371,10 +345,7 @@ private Q_SLOTS:
         QVERIFY2(bench.first().startsWith(QStringLiteral("bench classic 10 timers 2.5 s: ")), qPrintable(bench.join('\n')));
         QCOMPARE(bench.last(), QStringLiteral("exit 0"));
         QVERIFY(!QFile::exists(data_));
-        QVERIFY(QDir().mkpath(data_));
-        QFile broken(data_ + QStringLiteral("/timers.json"));
-        QVERIFY(broken.open(QIODevice::WriteOnly) && broken.write("{ broken") == 8);
-        broken.close();
+        writeFile(data_ + QStringLiteral("/timers.json"), "{ broken");
         const QStringList run = tock({"--shell", "version"});
         QCOMPARE(run.mid(1, 2), QStringList({"! " + StorageNotice::unreadable({}).title(), "! Nothing has been overwritten and saving is paused."}));
         QCOMPARE(run.last(), QStringLiteral("exit 0")); // nothing to lose
@@ -386,19 +357,19 @@ private Q_SLOTS:
     // folder to check, and what the window offers. "@" stands for the data folder.
     void unsavedChangesFailTheRun_data()
     {
-        QTest::addColumn<QString>("plant");
-        QTest::addColumn<QStringList>("expected");
         const QString unreadable = "! Saved timers could not be read", paused = "! Nothing has been overwritten and saving is paused.";
         const QString check = "! Check the files in @, or set them aside with Start Fresh in the Tock window.";
         const QString lost = "! Nothing was saved: saving is paused so that the unreadable files are not overwritten. Check the files in @, or set them aside with Start Fresh in the Tock window.";
-        QTest::newRow("damaged") << "damaged" << QStringList{"added “Z” as 1", unreadable, paused, "! timers.json: unterminated object at byte 2", check, lost, "exit 1"};
-        QTest::newRow("pipe") << "fifo" << QStringList{"added “Z” as 1", unreadable, paused, "! timers.json: not a regular file", check, lost, "exit 1"};
-        QTest::newRow("not archived") << "archive" << QStringList{
-            "added “Z” as 2", "! Changes are not being saved",
-            "! Tock restored your timers from a backup but could not archive the damaged data file, so nothing is being saved yet (to keep that file).",
-            "! Check disk space and permissions of @, then run Tock again (the window offers Retry).",
-            "! Nothing was saved: Tock keeps the damaged data file until it can be archived. Check disk space and permissions of @, then run Tock again (the window offers Retry).",
-            "exit 1"};
+        table<QString, QString, QStringList>({"case", "plant", "expected"}, {
+            {"damaged", "damaged", {"added “Z” as 1", unreadable, paused, "! timers.json: unterminated object at byte 2", check, lost, "exit 1"}},
+            {"pipe", "fifo", {"added “Z” as 1", unreadable, paused, "! timers.json: not a regular file", check, lost, "exit 1"}},
+            {"not archived", "archive", {
+                "added “Z” as 2", "! Changes are not being saved",
+                "! Tock restored your timers from a backup but could not archive the damaged data file, so nothing is being saved yet (to keep that file).",
+                "! Check disk space and permissions of @, then run Tock again (the window offers Retry).",
+                "! Nothing was saved: Tock keeps the damaged data file until it can be archived. Check disk space and permissions of @, then run Tock again (the window offers Retry).",
+                "exit 1"}},
+        });
     }
     void unsavedChangesFailTheRun()
     {
@@ -409,17 +380,15 @@ private Q_SLOTS:
         if (plant == "fifo") {
             QCOMPARE(::mkfifo(QFile::encodeName(main).constData(), 0644), 0);
         } else {
-            QFile file(main);
-            QVERIFY(file.open(QIODevice::WriteOnly) && file.write("{bad\n") == 5);
+            writeFile(main, "{bad\n");
         }
         if (plant == "archive") {
-            QFile backup(data_ + "/Backups/timers-1.json"), blocker(data_ + "/Damaged");
-            QVERIFY(backup.open(QIODevice::WriteOnly) && backup.write(encoded({"Saved"})) > 0);
-            QVERIFY(blocker.open(QIODevice::WriteOnly)); // a file where Damaged/ must go
+            writeFile(data_ + "/Backups/timers-1.json", encoded({"Saved"}));
+            writeFile(data_ + "/Damaged", {}); // a file where Damaged/ must go
         }
-        const QMap<QString, QByteArray> before = contents(data_);
+        const QMap<QString, QByteArray> before = folderContents(data_);
         QCOMPARE(tock({"--shell", "add Z"}), expected.replaceInStrings("@", data_));
-        QMap<QString, QByteArray> after = contents(data_);
+        QMap<QString, QByteArray> after = folderContents(data_);
         QVERIFY(after.remove(".lock"));
         QCOMPARE(after, before);
     }
@@ -455,11 +424,8 @@ private Q_SLOTS:
     // stale temporary files go, nothing else does.
     void backupsSurviveScripting()
     {
-        QVERIFY(QDir().mkpath(data_ + "/Backups"));
-        for (const char *name : {".timers.json.99999.tmp", "Backups/.backup.tmp", ".timers.json.tmp", "Backups/notes.txt"}) {
-            QFile file(data_ + "/" + name);
-            QVERIFY(file.open(QIODevice::WriteOnly) && file.write("left") == 4);
-        }
+        for (const char *name : {".timers.json.99999.tmp", "Backups/.backup.tmp", ".timers.json.tmp", "Backups/notes.txt"})
+            writeFile(data_ + "/" + name, "left");
         for (int i = 1; i <= 5; ++i)
             QCOMPARE(tock({"--shell", QString("rename 1 S%1").arg(i)}).last(), QStringLiteral("exit 0"));
         const auto backups = [this] {

@@ -7,10 +7,8 @@
 #include "storeerror.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QList>
-#include <QMap>
 #include <QString>
 
 #include <functional>
@@ -98,22 +96,6 @@ private:
 
     std::shared_ptr<FileSystem> real_ = FileSystem::real();
 };
-
-// Every file and folder under `root` (hidden ones included), by relative path; folders map to
-// "<dir>" so that a vanished empty folder shows too.
-inline QMap<QString, QByteArray> folderContents(const QString &root)
-{
-    QMap<QString, QByteArray> result;
-    QDirIterator it(root, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot | QDir::System, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        QFile f(it.next());
-        const QByteArray content = it.fileInfo().isDir()            ? QByteArrayLiteral("<dir>")
-                                   : f.open(QIODevice::ReadOnly) ? f.readAll()
-                                                                   : QByteArrayLiteral("<unreadable>");
-        result.insert(QDir(root).relativeFilePath(f.fileName()), content);
-    }
-    return result;
-}
 
 // What `action` threw: a StoreError's description; empty when it threw nothing.
 inline QString failure(const std::function<void()> &action)

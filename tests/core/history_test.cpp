@@ -55,6 +55,12 @@ private slots:
         QCOMPARE(reader.timers(), (QList<History::Timer>{{focus, QStringLiteral("Focus"), false}}));
         QCOMPARE(reader.firstInstant(), std::optional<Instant>(100));
         reader.quickCheck();
+        // Private to its owner, and made so when an older copy left it readable by others.
+        const QFileDevice::Permissions own = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+        QCOMPARE(QFile::permissions(path) & ~(QFileDevice::ReadUser | QFileDevice::WriteUser), own);
+        QVERIFY(QFile::setPermissions(path, own | QFileDevice::ReadGroup | QFileDevice::ReadOther));
+        History again(path, History::Access::write);
+        QCOMPARE(QFile::permissions(path) & ~(QFileDevice::ReadUser | QFileDevice::WriteUser), own);
     }
 
     void aFailedTransactionLeavesNothing()

@@ -1,5 +1,6 @@
 #include "faultyfilesystem.h"
 #include "instancelock.h"
+#include "table.h"
 
 #include <QDir>
 #include <QProcess>
@@ -88,14 +89,15 @@ private slots:
     // apart from another copy, with the reason, and nothing outside the folder is touched.
     void cannotOpen_data()
     {
-        QTest::addColumn<QString>("plant");
-        QTest::addColumn<QString>("reason");  // empty: the lock is taken
-        QTest::newRow("folder is a file") << "file" << "Not a directory";
-        QTest::newRow("lock is a folder") << "folder" << "Is a directory";
-        QTest::newRow("lock links to a file") << "link" << "it is a symbolic link";
-        QTest::newRow("lock is a dangling link") << "dangling" << "it is a symbolic link";
-        QTest::newRow("lock is a pipe") << "fifo" << "it is not a regular file";
-        QTest::newRow("lock is a second name") << "hardlink" << "";
+        // reason: empty: the lock is taken
+        table<QString, QString, QString>({"case", "plant", "reason"}, {
+            {"folder is a file", "file", "Not a directory"},
+            {"lock is a folder", "folder", "Is a directory"},
+            {"lock links to a file", "link", "it is a symbolic link"},
+            {"lock is a dangling link", "dangling", "it is a symbolic link"},
+            {"lock is a pipe", "fifo", "it is not a regular file"},
+            {"lock is a second name", "hardlink", ""},
+        });
     }
     void cannotOpen()
     {
@@ -128,14 +130,14 @@ private slots:
     // the lock file) that was locked; reacquire() takes the path's folder again.
     void coversFolder_data()
     {
-        QTest::addColumn<QString>("change");
-        QTest::addColumn<bool>("covers");
-        QTest::newRow("unchanged") << "" << true;
-        QTest::newRow("moved") << "mv" << false;
-        QTest::newRow("moved and back") << "mv back" << true;
-        QTest::newRow("deleted") << "rm" << false;
-        QTest::newRow("replaced by a new folder") << "replace" << false;
-        QTest::newRow("lock file replaced") << "new lock" << false;
+        table<QString, QString, bool>({"case", "change", "covers"}, {
+            {"unchanged", "", true},
+            {"moved", "mv", false},
+            {"moved and back", "mv back", true},
+            {"deleted", "rm", false},
+            {"replaced by a new folder", "replace", false},
+            {"lock file replaced", "new lock", false},
+        });
     }
     void coversFolder()
     {
@@ -145,8 +147,7 @@ private slots:
         const QString folder = dir.filePath("data"), away = dir.filePath("away");
         InstanceLock lock(folder);
         QVERIFY(lock.acquire());
-        struct stat st;
-        QVERIFY(::stat(QFile::encodeName(lock.path()).constData(), &st) == 0 && (st.st_mode & 0777) == 0600);
+        QCOMPARE(modeOf(lock.path()), 0600);
         if (change.startsWith("mv") || change == "replace")
             QVERIFY(QDir().rename(folder, away));
         if (change == "mv back")

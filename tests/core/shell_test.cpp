@@ -59,10 +59,6 @@ QString shellErrorOf(F &&f)
 
 } // namespace tock
 
-Q_DECLARE_METATYPE(tock::ShellTarget)
-Q_DECLARE_METATYPE(tock::ShellCommand)
-Q_DECLARE_METATYPE(tock::Shell::AllowAll)
-
 using namespace tock;
 using C = ShellCommand;
 using T = ShellTarget;

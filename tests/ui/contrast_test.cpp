@@ -1,6 +1,7 @@
 // Every text the views draw, against the ground it is drawn on, in every style: WCAG 2.2 AA
 // asks 4.5:1 for small text and 3:1 for large text, and 3:1 for the focus mark against what
 // surrounds it. Translucent fills are laid over what lies beneath them, as the window shows them.
+#include "styles.h"
 #include "table.h"
 #include "theme.h"
 
@@ -71,6 +72,8 @@ QList<Pair> pairsOf(const Theme &t)
         pairs.append({"prompt sign", t.accent, window, small});
         pairs.append({"placeholder and output", t.muted, window, small});
         pairs.append({"prompt error", t.danger, window, small});
+    } else {
+        pairs.append({"add key", t.primaryInk, over(t.primaryFill, window), small});
     }
     if (t.icons == IconKind::word) {
         // Words stand on the window or the row; the window buttons' words are muted.
@@ -79,7 +82,6 @@ QList<Pair> pairsOf(const Theme &t)
         pairs.append({"labelled key", t.buttonInk, over(t.buttonFill, window), small});
     } else {
         pairs.append({"labelled key", t.buttonInk, over(t.buttonFill, window), small});
-        pairs.append({"add key", t.primaryInk, over(t.primaryFill, window), small});
         pairs.append({"delete key", QColor(Qt::white), t.danger, small});
     }
     const int rows = std::max<int>(1, int(t.rowTints.size()));
@@ -97,6 +99,9 @@ QList<Pair> pairsOf(const Theme &t)
         if (t.icons == IconKind::word) {
             pairs.append({"key word, row " + n, t.buttonInk, row, small});
             pairs.append({"running key word, row " + n, t.runningInk, row, small});
+        } else {
+            pairs.append({"key, row " + n, t.buttonInk, over(t.buttonFill, row), large});
+            pairs.append({"running key, row " + n, t.runningInk, over(t.runningFillAt(i), row), large});
         }
         // The focus mark against the row it sits on.
         pairs.append({"focus mark, row " + n, t.focusInk, row, large});
@@ -117,12 +122,7 @@ class ContrastTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyTextIsReadable_data()
-    {
-        QTest::addColumn<StyleID>("style");
-        for (const StyleID style : StyleIDs::allCases())
-            QTest::newRow(qPrintable(StyleIDs::rawValue(style))) << style;
-    }
+    void everyTextIsReadable_data() { testing::styleRows(); }
 
     void everyTextIsReadable()
     {

@@ -10,8 +10,13 @@
 #include "rowlist.h"
 #include "screenshots.h"
 #include "stylemenu.h"
+#include "table.h"
+#include "deletereveal.h"
+#include "livetimebutton.h"
 #include "timerrow.h"
+#include "stylebutton.h"
 #include "titlebar.h"
+#include "windowbuttons.h"
 #include "tockwindow.h"
 #include "windowapp.h"
 
@@ -20,8 +25,6 @@
 #include <memory>
 
 using namespace tock;
-
-Q_DECLARE_METATYPE(tock::StyleID)
 
 namespace {
 
@@ -58,8 +61,10 @@ class LayoutTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void rowPartsStayApartAndInside_data() { addStyles(); }
-    void rowPartsStayApartAndInside()
+    // Parts of a row, the title and its controls, the window buttons and the menu: apart and
+    // inside their parent, whatever the style and zoom.
+    void partsStayApartAndInside_data() { addStyles(); }
+    void partsStayApartAndInside()
     {
         QFETCH(StyleID, style);
         QFETCH(double, zoom);
@@ -80,14 +85,7 @@ private Q_SLOTS:
             const QString shown = row->timeButton()->text();
             QVERIFY(row->timeButton()->width() + 1 >= LiveTimeButton::widthFor(b.root()->theme(), shown) * zoom);
         }
-    }
 
-    void titleKeepsClearOfTheControls_data() { addStyles(); }
-    void titleKeepsClearOfTheControls()
-    {
-        QFETCH(StyleID, style);
-        QFETCH(double, zoom);
-        Built b(style, zoom, {"A"});
         TitleBar *bar = b.root()->titleBar();
         const QRectF title = bar->titleRect();
         const Theme &theme = b.root()->theme();
@@ -98,37 +96,18 @@ private Q_SLOTS:
             QVERIFY(!title.intersects(points));
             QVERIFY(QRectF(QPointF(0, 0), bar->unzoomedSize()).contains(points.adjusted(1, 1, -1, -1)));
         }
-    }
-
-    // Pixels are rounded once for the whole window: a view never ends past its parent's edge
-    // (the third title-bar light was cut by a pixel at the default zoom).
-    void windowButtonsFitTheirGroup_data() { addStyles(); }
-    void windowButtonsFitTheirGroup()
-    {
-        QFETCH(StyleID, style);
-        QFETCH(double, zoom);
-        Built b(style, zoom, {"A"});
-        WindowButtons *group = b.root()->titleBar()->windowButtons();
+        // Pixels are rounded once for the whole window: a view never ends past its parent's edge
+        // (the third title-bar light was cut by a pixel at the default zoom).
+        WindowButtons *group = bar->windowButtons();
         for (const auto action : {WindowButton::Action::close, WindowButton::Action::minimize, WindowButton::Action::zoom})
-        {
-            const QRect button = group->button(action)->geometry();
-            QVERIFY2(group->rect().contains(button), qPrintable(QStringLiteral("%1,%2 %3x%4 in %5x%6").arg(button.x()).arg(button.y())
-                                                                  .arg(button.width()).arg(button.height()).arg(group->width()).arg(group->height())));
-        }
-    }
+            QVERIFY2(group->rect().contains(group->button(action)->geometry()), qPrintable(QString::number(int(action))));
 
-    void theMenuFitsTheWindow_data() { addStyles(); }
-    void theMenuFitsTheWindow()
-    {
-        QFETCH(StyleID, style);
-        QFETCH(double, zoom);
-        Built b(style, zoom, {});
-        b.f.m().setStyleMenuOpen(true);
-        StyleMenu *menu = b.root()->styleMenu();
+        Built empty(style, zoom, {}); // the smallest window
+        empty.f.m().setStyleMenuOpen(true);
+        StyleMenu *menu = empty.root()->styleMenu();
         // The menu's body; its soft shadow may be cut by the window's edge.
         const QRectF body = QRectF(menu->geometry()).marginsRemoved(menu->shadowRoom() * zoom);
-        QVERIFY(QRectF(QPoint(0, 0), b.root()->size()).contains(body.adjusted(1, 1, -1, -1)));
-        QVERIFY(menu->item(style));
+        QVERIFY(QRectF(QPoint(0, 0), empty.root()->size()).contains(body.adjusted(1, 1, -1, -1)));
         // Items in menu order, one under the other.
         int y = -1;
         for (const StyleID s : StyleIDs::allCases()) {
@@ -206,7 +185,7 @@ private Q_SLOTS:
         std::unique_ptr<AppModel> model = Screenshots::sceneModel(scene, style, undo);
         const QImage image = Screenshots::render(*model, 2, false);
         const qreal zoom = scene == QLatin1String("zoom") ? 1.8 : scene == QLatin1String("default") ? 0.8 : 1.0;
-        QVERIFY(image.width() >= qRound(RootView::contentWidth * zoom * 2));
+        QVERIFY(image.width() >= qRound(Theme::contentWidth * zoom * 2));
         // The card is opaque in its middle and the corners outside the shadow are clear.
         QCOMPARE(qAlpha(image.pixel(image.width() / 2, image.height() / 2)), 255);
         QCOMPARE(qAlpha(image.pixel(0, 0)), 0);
@@ -218,14 +197,12 @@ private Q_SLOTS:
 
     void noDisplayIsNoticedBeforeQt_data()
     {
-        QTest::addColumn<QByteArray>("display");
-        QTest::addColumn<QByteArray>("wayland");
-        QTest::addColumn<QByteArray>("platform");
-        QTest::addColumn<bool>("missing");
-        QTest::newRow("nothing") << QByteArray() << QByteArray() << QByteArray() << true;
-        QTest::newRow("x11") << QByteArray(":0") << QByteArray() << QByteArray() << false;
-        QTest::newRow("wayland") << QByteArray() << QByteArray("wayland-0") << QByteArray() << false;
-        QTest::newRow("platform asked") << QByteArray() << QByteArray() << QByteArray("offscreen") << false;
+        table<QString, QByteArray, QByteArray, QByteArray, bool>({"case", "display", "wayland", "platform", "missing"}, {
+            {"nothing", {}, {}, {}, true},
+            {"x11", QByteArray(":0"), {}, {}, false},
+            {"wayland", {}, QByteArray("wayland-0"), {}, false},
+            {"platform asked", {}, {}, QByteArray("offscreen"), false},
+        });
     }
     void noDisplayIsNoticedBeforeQt()
     {

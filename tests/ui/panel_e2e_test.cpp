@@ -1,9 +1,8 @@
 // The real tock on a virtual display and a private session bus, with panel_host.py standing in
-// for the desktop's panel. Tock starts before any panel and shows nothing; when the panel comes
-// it registers its item. The test reads the item's status, icon and tooltip as a panel does,
-// starts a timer through the window, hides and shows the window with a left click, and pauses
-// everything and quits through the exported menu; timers.json tells what happened. Skipped
-// where Xvfb, xdotool, dbus-daemon or Python's D-Bus and GLib bindings are missing.
+// for the desktop's panel that comes after Tock: the item's status, icon, tooltip and menu.
+// Skipped where Xvfb, xdotool, dbus-daemon or Python's D-Bus and GLib bindings are missing.
+#include "run.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -11,26 +10,15 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QtTest>
 
-namespace {
+using namespace tock::testing;
 
-// "name>" for a running saved timer, "name=" for a paused one; empty without a file.
-QStringList saved(const QString &folder)
-{
-    QFile file(folder + "/timers.json");
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    QStringList out;
-    for (const QJsonValue &v : QJsonDocument::fromJson(file.readAll()).object().value("timers").toArray()) {
-        const QJsonObject t = v.toObject();
-        out << t.value("name").toString() + (t.value("wasRunning").toBool() ? ">" : "=");
-    }
-    return out;
-}
+namespace {
 
 // Starts `program` and waits for its first line on standard output; empty on failure.
 QString firstLine(QProcess &process, const QString &program, const QStringList &arguments)
@@ -80,23 +68,8 @@ private:
         }
         return out;
     }
-    bool windowShown()
-    {
-        QProcess p;
-        p.setProcessEnvironment(env_);
-        p.start(xdotool_, {"search", "--onlyvisible", "--name", "^Tock$"});
-        p.waitForFinished(10000);
-        return !p.readAllStandardOutput().trimmed().isEmpty();
-    }
-    QString shell(const QString &line)
-    {
-        QProcess p;
-        p.setProcessEnvironment(env_);
-        p.start(QStringLiteral(TOCK_BINARY), {"--shell", line});
-        if (!p.waitForFinished(20000))
-            return QStringLiteral("did not end");
-        return QString::fromUtf8(p.readAllStandardOutput()).trimmed();
-    }
+    bool windowShown() { return !run(xdotool_, {"search", "--onlyvisible", "--name", "^Tock$"}, env_, {}, 10000).out.trimmed().isEmpty(); }
+    QString shell(const QString &line) { return run(QStringLiteral(TOCK_BINARY), {"--shell", line}, env_, {}, 20000).out.trimmed(); }
 
 private Q_SLOTS:
     void initTestCase()
@@ -110,19 +83,14 @@ private Q_SLOTS:
             || QProcess::execute(python, {"-c", "import dbus, gi.repository.GLib"}) != 0)
             QSKIP("needs Xvfb, xdotool, dbus-daemon, python3-dbus and python3-gi (scripts/deps installs them)");
 
-        int display = 60 + int(QCoreApplication::applicationPid() % 200) + 7;
-        while (QFile::exists(QString("/tmp/.X11-unix/X%1").arg(display)) || QFile::exists(QString("/tmp/.X%1-lock").arg(display)))
-            ++display;
-        xvfb_.start(xvfb, {QString(":%1").arg(display), "-screen", "0", "1024x768x24", "-nolisten", "tcp"});
-        QVERIFY(xvfb_.waitForStarted());
-        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(QString("/tmp/.X11-unix/X%1").arg(display)), 10000);
-
+        env_ = QProcessEnvironment::systemEnvironment();
+        const QString display = startXvfb(xvfb_, xvfb);
+        QVERIFY(!display.isEmpty());
         const QString address = firstLine(bus_, daemon, {"--session", "--nofork", "--print-address=1"});
         QVERIFY2(!address.isEmpty(), bus_.readAllStandardError().constData());
 
-        env_ = QProcessEnvironment::systemEnvironment();
         env_.remove("QT_QPA_PLATFORM");
-        env_.insert("DISPLAY", QString(":%1").arg(display));
+        env_.insert("DISPLAY", display);
         env_.insert("DBUS_SESSION_BUS_ADDRESS", address);
         env_.insert("TOCK_DATA_DIR", home_.path() + "/data");
         env_.insert("XDG_CONFIG_HOME", home_.path() + "/config");
@@ -133,10 +101,7 @@ private Q_SLOTS:
         // The message-bus library keeps a buffer to the end, and Qt's D-Bus module keeps one
         // small object of its tray to the end (136 bytes, allocated inside it); neither is
         // Tock's to answer for.
-        suppressions_.open();
-        suppressions_.write("leak:libdbus-1.so\nleak:libQt6DBus.so\n");
-        suppressions_.flush();
-        env_.insert("LSAN_OPTIONS", env_.value("LSAN_OPTIONS") + ":suppressions=" + suppressions_.fileName());
+        suppressLeaks(suppressions_, env_, {"libdbus-1.so", "libQt6DBus.so"});
 
         panel_.setProcessEnvironment(env_);
         QCOMPARE(firstLine(panel_, python, {QStringLiteral(TOCK_PANEL_HOST)}), QString("\"ready\""));
@@ -144,15 +109,8 @@ private Q_SLOTS:
 
     void cleanupTestCase()
     {
-        for (QProcess *p : {&tock_, &panel_, &bus_, &xvfb_}) {
-            if (p->state() != QProcess::NotRunning) {
-                p->terminate();
-                if (!p->waitForFinished(5000)) {
-                    p->kill();
-                    p->waitForFinished();
-                }
-            }
-        }
+        for (QProcess *p : {&tock_, &panel_, &bus_, &xvfb_})
+            stop(*p);
     }
 
     void panelShowsAndControlsTock()
@@ -204,6 +162,9 @@ private Q_SLOTS:
         QCOMPARE(menu().at(4), QString("Hide Tock"));
 
         // Pause All from the panel's menu pauses and saves at once.
+        const auto saved = [](const QString &folder) { // without the seconds
+            return savedTimers(folder).replaceInStrings(QRegularExpression("\\d+$"), QString());
+        };
         QTRY_COMPARE_WITH_TIMEOUT(saved(data).value(1), QString("Timer 2>"), 10000);
         QCOMPARE(ask("click Pause All").toString(), QString("ok"));
         QTRY_COMPARE_WITH_TIMEOUT(saved(data), QStringList({"Timer 1=", "Timer 2=", "Fish & Chips_2="}), 10000);

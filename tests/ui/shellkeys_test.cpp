@@ -2,7 +2,7 @@
 // rows and the shortcuts, against a real active window.
 #include "modelfixture.h"
 #include "keys.h"
-#include "shellkeys.h"
+#include "keyrouter.h"
 #include "table.h"
 #include "text.h"
 

@@ -3,6 +3,8 @@
 // shadow margin, and a second copy's activation token reaches the first, which activates with
 // it where the compositor offers activation. Skipped where weston or Qt's Wayland plugin is
 // missing.
+#include "run.h"
+
 #include <QDir>
 #include <QLibraryInfo>
 #include <QProcess>
@@ -13,6 +15,8 @@
 #include <QtTest>
 
 #include <memory>
+
+using namespace tock::testing;
 
 namespace {
 
@@ -75,10 +79,7 @@ private Q_SLOTS:
         env_.remove("DESKTOP_STARTUP_ID");
         // Qt's Wayland plugin leaves the display's proxies to the end of the process; under the
         // leak checker that is not Tock's to answer for.
-        QVERIFY(suppressions_.open());
-        suppressions_.write("leak:libwayland-client.so\nleak:libdbus-1.so\n");
-        suppressions_.flush();
-        env_.insert("LSAN_OPTIONS", env_.value("LSAN_OPTIONS") + ":suppressions=" + suppressions_.fileName());
+        suppressLeaks(suppressions_, env_, {"libwayland-client.so", "libdbus-1.so"});
 
         QProcessEnvironment first = env_;
         first.insert("WAYLAND_DEBUG", "1");
@@ -93,18 +94,8 @@ private Q_SLOTS:
 
     void cleanupTestCase()
     {
-        if (tock_.state() != QProcess::NotRunning) {
-            tock_.terminate();
-            if (!tock_.waitForFinished(10000))
-                tock_.kill();
-            tock_.waitForFinished();
-        }
-        if (weston_.state() != QProcess::NotRunning) {
-            weston_.terminate();
-            if (!weston_.waitForFinished(10000))
-                weston_.kill();
-            weston_.waitForFinished();
-        }
+        stop(tock_);
+        stop(weston_);
     }
 
     void theAppIdIsTheEntrysId()
@@ -147,13 +138,10 @@ private Q_SLOTS:
 
     void aSecondCopyHandsOverItsActivationToken()
     {
-        QProcess second;
         QProcessEnvironment env = env_;
         env.insert("XDG_ACTIVATION_TOKEN", "tock-test-token-7");
-        second.setProcessEnvironment(env);
-        second.start(QStringLiteral(TOCK_BINARY), {});
-        QVERIFY(second.waitForFinished(30000));
-        QVERIFY2(second.exitCode() == 0, second.readAllStandardError().constData());
+        const Run second = run(QStringLiteral(TOCK_BINARY), {}, env, {}, 30000);
+        QVERIFY2(second.status == 0, qPrintable(second.err));
         QTRY_VERIFY_WITH_TIMEOUT(logMatches(QRegularExpression("activation token: tock-test-token-7")), 10000);
         // Compositors that offer activation get the request with that very token (weston 10 does
         // not offer it; GNOME, KDE and wlroots-based ones do).

@@ -1,65 +1,26 @@
-// The real tock on a virtual display, driven by real key presses and clicks: add a timer with
-// its shortcut, type its time into the mask, delete rows with Backspace, undo, close; a terminal and
-// a second copy using the running window; and a running timer paused when the session is ended by
-// a signal. Then what the running window must never lose: a data folder moved or deleted under
-// it, a save that fails while a script talks to it, links and modes, the control socket's folder,
-// failing backups, a flood of undo steps, and quitting with unsaved changes. timers.json tells
-// what happened. Skipped
-// where Xvfb or xdotool is not installed.
+// The real tock on a virtual display, driven by real keys and clicks and by terminals beside it;
+// timers.json tells what happened, also when its folder or files are taken away. Skipped where
+// Xvfb or xdotool is not installed.
+#include "files.h"
+#include "livetimebutton.h"
 #include "modelfixture.h"
 #include "rootview.h"
 #include "rowlist.h"
+#include "run.h"
+#include "table.h"
 #include "timerrow.h"
 #include "tockwindow.h"
 
 #include <QDir>
-#include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QLocalSocket>
-#include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <QTemporaryFile>
 #include <QtTest>
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace tock;
-
-namespace {
-
-// The saved timers as "name=seconds" in order, a running one marked with '>'; empty while
-// there is no readable file.
-QStringList saved(const QString &folder)
-{
-    QFile file(folder + "/timers.json");
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    QStringList out;
-    for (const QJsonValue &v : QJsonDocument::fromJson(file.readAll()).object().value("timers").toArray()) {
-        const QJsonObject t = v.toObject();
-        out << t.value("name").toString() + (t.value("wasRunning").toBool() ? ">" : "=")
-                   + QString::number(std::floor(t.value("seconds").toDouble()));
-    }
-    return out;
-}
-
-int modeOf(const QString &path)
-{
-    struct stat st;
-    return ::lstat(QFile::encodeName(path).constData(), &st) == 0 ? int(st.st_mode & 0777) : -1;
-}
-
-// What a `tock --shell` run printed and how it ended.
-struct ShellRun {
-    QString out, err;
-    int status = -1;
-};
-
-} // namespace
+using namespace tock::testing;
 
 class WindowEndToEndTest : public QObject {
     Q_OBJECT
@@ -74,34 +35,20 @@ private:
     QString window_;
     QTemporaryFile suppressions_;
 
-    // Runs xdotool to its end and returns what it printed.
-    QString xdo(const QStringList &arguments)
-    {
-        QProcess p;
-        p.setProcessEnvironment(env_);
-        p.start(xdotool_, arguments);
-        if (!p.waitForFinished(10000)) {
-            p.kill();
-            p.waitForFinished();
-            return QString();
-        }
-        return QString::fromUtf8(p.readAllStandardOutput()).trimmed();
-    }
+    QString xdo(const QStringList &arguments) { return run(xdotool_, arguments, env_, {}, 10000).out.trimmed(); }
     void keys(const QStringList &names) { xdo(QStringList{"key", "--delay", "40"} + names); }
-
     // `tock --shell` with these lines (and `environment`, else the window's) to its end.
-    ShellRun runShell(const QStringList &lines, std::optional<QProcessEnvironment> environment = std::nullopt)
+    Run runShell(const QStringList &lines, std::optional<QProcessEnvironment> environment = std::nullopt)
     {
-        QProcess p;
-        p.setProcessEnvironment(environment.value_or(env_));
-        p.start(QStringLiteral(TOCK_BINARY), QStringList{"--shell"} + lines);
-        p.closeWriteChannel();
-        if (!p.waitForFinished(60000)) {
-            p.kill();
-            p.waitForFinished();
-        }
-        return {QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError()),
-                p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1};
+        return run(QStringLiteral(TOCK_BINARY), QStringList{"--shell"} + lines, environment.value_or(env_));
+    }
+    // The terminal alone, on a data folder of its own in `home`.
+    QProcessEnvironment alone(const QTemporaryDir &home) const
+    {
+        QProcessEnvironment env = env_;
+        env.insert("TOCK_DATA_DIR", home.filePath("data"));
+        env.insert("XDG_CONFIG_HOME", home.filePath("config"));
+        return env;
     }
     // The visible windows called Tock: the main window and any alert.
     int tockWindows() { return int(xdo({"search", "--onlyvisible", "--name", "^Tock$"}).split('\n', Qt::SkipEmptyParts).size()); }
@@ -138,38 +85,16 @@ private Q_SLOTS:
         xdotool_ = QStandardPaths::findExecutable("xdotool");
         if (xvfb.isEmpty() || xdotool_.isEmpty())
             QSKIP("needs Xvfb and xdotool (scripts/deps installs them)");
-        int display = 60 + int(QCoreApplication::applicationPid() % 200);
-        while (QFile::exists(QString("/tmp/.X11-unix/X%1").arg(display)) || QFile::exists(QString("/tmp/.X%1-lock").arg(display)))
-            ++display;
-        xvfb_.start(xvfb, {QString(":%1").arg(display), "-screen", "0", "1024x768x24", "-nolisten", "tcp"});
-        QVERIFY(xvfb_.waitForStarted());
-        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(QString("/tmp/.X11-unix/X%1").arg(display)), 10000);
         env_ = QProcessEnvironment::systemEnvironment();
+        const QString display = startXvfb(xvfb_, xvfb);
+        QVERIFY(!display.isEmpty());
         env_.remove("QT_QPA_PLATFORM");
-        env_.insert("DISPLAY", QString(":%1").arg(display));
-        // The desktop's message-bus library keeps a buffer to the end; under the leak checker
-        // that is not Tock's to answer for.
-        suppressions_.open();
-        suppressions_.write("leak:libdbus-1.so\n");
-        suppressions_.flush();
-        env_.insert("LSAN_OPTIONS", env_.value("LSAN_OPTIONS") + ":suppressions=" + suppressions_.fileName());
+        env_.insert("DISPLAY", display);
+        suppressLeaks(suppressions_, env_, {"libdbus-1.so"}); // the bus library keeps a buffer to the end
     }
 
-    void cleanup()
-    {
-        if (tock_.state() != QProcess::NotRunning) {
-            tock_.kill();
-            tock_.waitForFinished();
-        }
-    }
-
-    void cleanupTestCase()
-    {
-        if (xvfb_.state() != QProcess::NotRunning) {
-            xvfb_.terminate();
-            xvfb_.waitForFinished(5000);
-        }
-    }
+    void cleanup() { stop(tock_); }
+    void cleanupTestCase() { stop(xvfb_); }
 
     void addTypeDeleteUndoClose()
     {
@@ -194,32 +119,32 @@ private Q_SLOTS:
         // A fresh folder starts with three timers; Ctrl+N adds a fourth and focuses its name.
         keys({"ctrl+n", "Return"});
         const QStringList four{"Timer 1=0", "Timer 2=0", "Timer 3=0", "Timer 4=0"};
-        QTRY_COMPARE_WITH_TIMEOUT(saved(data_), four, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(savedTimers(data_), four, 10000);
 
         // A click on its time opens the mask; typed fields and Return set it.
         xdo({"mousemove", "--window", window_, QString::number(timeAt.x()), QString::number(timeAt.y()), "click", "1"});
         keys({"0", "colon", "2", "colon", "5", "Return"});
         QStringList set = four;
         set.last() = "Timer 4=125";
-        QTRY_COMPARE_WITH_TIMEOUT(saved(data_), set, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(savedTimers(data_), set, 10000);
 
         // Backspace deletes the row under the pointer; Ctrl+Z brings it back with its time.
         keys({"BackSpace"});
-        QTRY_COMPARE_WITH_TIMEOUT(saved(data_), set.mid(0, 3), 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(savedTimers(data_), set.mid(0, 3), 10000);
         keys({"ctrl+z"});
-        QTRY_COMPARE_WITH_TIMEOUT(saved(data_), set, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(savedTimers(data_), set, 10000);
 
         // With the pointer standing still, Backspace deletes each row that moves up under it.
         xdo({"mousemove", "--window", window_, QString::number(firstAt.x()), QString::number(firstAt.y())});
         keys({"BackSpace", "BackSpace"});
         set = set.mid(2);
-        QTRY_COMPARE_WITH_TIMEOUT(saved(data_), set, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(savedTimers(data_), set, 10000);
 
         // Ctrl+W closes the window and ends the application.
         keys({"ctrl+w"});
         QVERIFY(tock_.waitForFinished(10000));
         QVERIFY2(tock_.exitStatus() == QProcess::NormalExit && tock_.exitCode() == 0, tock_.readAllStandardError().constData());
-        QCOMPARE(saved(data_), set);
+        QCOMPARE(savedTimers(data_), set);
     }
 
     // Keys alone, the pointer away from the window: Tab and the arrows reach a row's controls,
@@ -229,7 +154,7 @@ private Q_SLOTS:
     {
         launch();
         xdo({"mousemove", "1020", "760"});
-        const auto at = [this](int i) { return saved(data_).value(i); };
+        const auto at = [this](int i) { return savedTimers(data_).value(i); };
         keys({"Tab", "Tab", "Down", "Tab", "Tab", "space"}); // style button, name 1, name 2, time, start
         QTRY_VERIFY_WITH_TIMEOUT(at(1).startsWith("Timer 2>"), 10000);
         keys({"space"});
@@ -248,10 +173,10 @@ private Q_SLOTS:
         keys({"Tab", "Tab", "space"}); // from the time: start, reset
         QTRY_COMPARE_WITH_TIMEOUT(at(0), QString("Focus=0"), 10000);
         keys({"Delete"});
-        QTRY_COMPARE_WITH_TIMEOUT(saved(data_), (QStringList{"Timer 1=0", "Timer 3=0"}), 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(savedTimers(data_), (QStringList{"Timer 1=0", "Timer 3=0"}), 10000);
         // The focus went on to the reset key of the row below; six Tabs reach the toast's Undo.
         keys({"Tab", "Tab", "Tab", "Tab", "Tab", "Tab", "space"});
-        QTRY_COMPARE_WITH_TIMEOUT(saved(data_), (QStringList{"Focus=0", "Timer 1=0", "Timer 3=0"}), 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(savedTimers(data_), (QStringList{"Focus=0", "Timer 1=0", "Timer 3=0"}), 10000);
 
         keys({"F10", "Return", "Return"}); // the first menu, its first item
         QVERIFY2(!xdo({"search", "--sync", "--onlyvisible", "--name", "^About Tock$"}).isEmpty(), "no About panel");
@@ -262,26 +187,15 @@ private Q_SLOTS:
     void terminalAndSecondCopyUseTheRunningWindow()
     {
         launch();
-        const auto shell = [this](const QStringList &lines) {
-            QProcess p;
-            p.setProcessEnvironment(env_);
-            p.start(QStringLiteral(TOCK_BINARY), QStringList{"--shell"} + lines);
-            if (!p.waitForFinished(20000))
-                return QString("did not end");
-            return QString::fromUtf8(p.readAllStandardOutput()) + QString("exit %1").arg(p.exitCode());
-        };
-        QCOMPARE(shell({"add Lunch", "start lunch"}), QString("added “Lunch” as 4\nstarted “Lunch”\nexit 0"));
-        QTRY_VERIFY_WITH_TIMEOUT(saved(data_).value(3).startsWith("Lunch>"), 10000);
-        QCOMPARE(shell({"rm lunch"}), QString("deleted “Lunch” · undo brings it back\nexit 0"));
-        QTRY_COMPARE_WITH_TIMEOUT(saved(data_).size(), 3, 10000);
+        QCOMPARE(runShell({"add Lunch", "start lunch"}).lines(), (QStringList{"added “Lunch” as 4", "started “Lunch”", "exit 0"}));
+        QTRY_VERIFY_WITH_TIMEOUT(savedTimers(data_).value(3).startsWith("Lunch>"), 10000);
+        QCOMPARE(runShell({"rm lunch"}).lines(), (QStringList{"deleted “Lunch” · undo brings it back", "exit 0"}));
+        QTRY_COMPARE_WITH_TIMEOUT(savedTimers(data_).size(), 3, 10000);
         keys({"ctrl+z"});
-        QTRY_VERIFY_WITH_TIMEOUT(saved(data_).value(3).startsWith("Lunch"), 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(savedTimers(data_).value(3).startsWith("Lunch"), 10000);
 
-        QProcess second;
-        second.setProcessEnvironment(env_);
-        second.start(QStringLiteral(TOCK_BINARY), QStringList());
-        QVERIFY(second.waitForFinished(20000));
-        QVERIFY2(second.exitCode() == 0, second.readAllStandardError().constData());
+        const Run second = run(QStringLiteral(TOCK_BINARY), {}, env_);
+        QVERIFY2(second.status == 0, qPrintable(second.err));
         QCOMPARE(tock_.state(), QProcess::Running);
     }
 
@@ -293,11 +207,11 @@ private Q_SLOTS:
         keys({"ctrl+7"});
         xdo({"type", "--delay", "30", "start 2"});
         keys({"Return"});
-        QTRY_VERIFY_WITH_TIMEOUT(saved(data_).value(1).startsWith("Timer 2>"), 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(savedTimers(data_).value(1).startsWith("Timer 2>"), 10000);
         tock_.terminate();
         QVERIFY(tock_.waitForFinished(10000));
         QVERIFY2(tock_.exitCode() == 0, tock_.readAllStandardError().constData());
-        QVERIFY2(saved(data_).value(1).startsWith("Timer 2="), qPrintable(saved(data_).join(", ")));
+        QVERIFY2(savedTimers(data_).value(1).startsWith("Timer 2="), qPrintable(savedTimers(data_).join(", ")));
         launch(Folder::same); // the folder is free again at once
         QCOMPARE(tock_.state(), QProcess::Running);
     }
@@ -308,30 +222,25 @@ private Q_SLOTS:
     // asking, and still nothing is overwritten.
     void folderMovedOrDeleted_data()
     {
-        QTest::addColumn<bool>("deleted");
-        QTest::newRow("moved") << false;
-        QTest::newRow("deleted") << true;
+        table<QString, bool>({"case", "deleted"}, {{"moved", false}, {"deleted", true}});
     }
     void folderMovedOrDeleted()
     {
         QFETCH(bool, deleted);
         launch();
         QCOMPARE(runShell({"start 1"}).status, 0);
-        QTRY_VERIFY_WITH_TIMEOUT(saved(data_).value(0).startsWith("Timer 1>"), 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(savedTimers(data_).value(0).startsWith("Timer 1>"), 10000);
         const QString away = home_->path() + "/away";
         QVERIFY(deleted ? QDir(data_).removeRecursively() : QDir().rename(data_, away));
         QTest::qWait(2500); // two ticks' saves
         QVERIFY2(!QFileInfo::exists(data_), "the window made a folder it holds no lock on");
-        const auto moved = [&] {
-            QFile f(away + "/timers.json");
-            return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-        };
+        const auto moved = [&] { return readFile(away + "/timers.json"); };
         const QByteArray before = moved();
-        const ShellRun probe = runShell({"add probe"});
+        const Run probe = runShell({"add probe"});
         QCOMPARE(probe.out, QString("added “probe” as 4\n"));
         QCOMPARE(probe.status, 0);
         QTest::qWait(2500);
-        QCOMPARE(saved(data_).value(3), QString("probe=0"));
+        QCOMPARE(savedTimers(data_).value(3), QString("probe=0"));
         QCOMPARE(moved(), before);
 
         // Ctrl+W asks; Escape is Cancel and keeps the window.
@@ -344,7 +253,7 @@ private Q_SLOTS:
         tock_.terminate();
         QVERIFY(tock_.waitForFinished(10000));
         QCOMPARE(tock_.exitCode(), 0);
-        QCOMPARE(saved(data_).value(3), QString("probe=0"));
+        QCOMPARE(savedTimers(data_).value(3), QString("probe=0"));
         QCOMPARE(moved(), before);
     }
 
@@ -353,9 +262,9 @@ private Q_SLOTS:
     {
         launch();
         QCOMPARE(runShell({"add W"}).status, 0);
-        QCOMPARE(saved(data_).size(), 4); // saved before the answer
+        QCOMPARE(savedTimers(data_).size(), 4); // saved before the answer
         QVERIFY(QFile::remove(data_ + "/timers.json") && QDir().mkdir(data_ + "/timers.json"));
-        const ShellRun run = runShell({"add X"});
+        const Run run = runShell({"add X"});
         QCOMPARE(run.out, QString("added “X” as 5\n"));
         QVERIFY2(run.err.startsWith("Changes are not being saved\n"), qPrintable(run.err));
         QCOMPARE(run.status, 1);
@@ -365,44 +274,31 @@ private Q_SLOTS:
     // private file and its target left alone.
     void linksAndModes_data()
     {
-        QTest::addColumn<QString>("link"); // where timers.json leads
-        QTest::newRow("a device") << "/dev/null";
-        QTest::newRow("another user's file") << "theirs";
+        table<QString, QString>({"case", "link"}, {{"a device", "/dev/null"}, {"another user's file", "theirs"}}); // where timers.json leads
     }
     void linksAndModes()
     {
         QFETCH(QString, link);
         const QTemporaryDir home;
-        QProcessEnvironment env = env_;
+        const QProcessEnvironment env = alone(home);
         const QString data = home.filePath("data"), theirs = home.filePath("theirs.json");
-        env.insert("TOCK_DATA_DIR", data);
-        env.insert("XDG_CONFIG_HOME", home.filePath("config"));
-        QDir().mkpath(data);
         if (link == "theirs") {
             if (::geteuid() != 0)
                 QSKIP("needs root to give a file to another user");
-            QFile f(theirs);
-            QVERIFY(f.open(QIODevice::WriteOnly) && f.write("theirs") == 6);
-            f.close();
+            writeFile(theirs, "theirs");
             QCOMPARE(::chown(QFile::encodeName(theirs).constData(), 65534, 65534), 0);
         }
         QCOMPARE(runShell({"add X"}, env).status, 0); // timers.json and its backup
         QVERIFY(QFile::remove(data + "/timers.json"));
         QVERIFY(QFile::link(link == "theirs" ? theirs : link, data + "/timers.json"));
-        const ShellRun run = runShell({"add Y"}, env);
+        const Run run = runShell({"add Y"}, env);
         QCOMPARE(run.status, 0);
         QVERIFY(!QFileInfo(data + "/timers.json").isSymLink());
-        QCOMPARE(saved(data).mid(3), (QStringList{"X=0", "Y=0"}));
+        QCOMPARE(savedTimers(data).mid(3), (QStringList{"X=0", "Y=0"}));
         QCOMPARE(modeOf(data + "/timers.json"), 0600);
         QCOMPARE(modeOf(data + "/.lock"), 0600);
         QVERIFY(QDir(data + "/Damaged").isEmpty()); // nothing of the target copied
-        if (link == "theirs") {
-            QFile f(theirs);
-            QVERIFY(f.open(QIODevice::ReadOnly));
-            QCOMPARE(f.readAll(), QByteArray("theirs"));
-        } else {
-            QCOMPARE(modeOf("/dev/null") & 0666, 0666);
-        }
+        QVERIFY(link == "theirs" ? readFile(theirs) == "theirs" : (modeOf("/dev/null") & 0666) == 0666);
     }
 
     // Another user took the temp folder's tock-<uid>: the window says scripting is off, and a
@@ -420,7 +316,7 @@ private Q_SLOTS:
         launch(Folder::same, Runtime::none);
         QByteArray windowErr;
         QTRY_VERIFY_WITH_TIMEOUT((windowErr += tock_.readAllStandardError()).contains("tock: scripting is off: no private folder for the control socket (" + QFile::encodeName(taken)), 10000);
-        const ShellRun run = runShell({"add X"});
+        const Run run = runShell({"add X"});
         QVERIFY2(!run.err.contains("already running") && run.err.contains("no private folder") && run.err.contains(taken), qPrintable(run.err));
         QCOMPARE(run.status, 3);
     }
@@ -437,7 +333,7 @@ private Q_SLOTS:
             s.connectToServer(socket);
             QVERIFY(s.waitForConnected(2000));
         }
-        const ShellRun script = runShell({"add Y"});
+        const Run script = runShell({"add Y"});
         QCOMPARE(script.out, QString("added “Y” as 4\n"));
         QCOMPARE(script.status, 0);
     }
@@ -447,33 +343,27 @@ private Q_SLOTS:
     void onlyTheBackupsFail()
     {
         const QTemporaryDir home;
-        QProcessEnvironment env = env_;
         const QString data = home.filePath("data");
-        env.insert("TOCK_DATA_DIR", data);
-        env.insert("XDG_CONFIG_HOME", home.filePath("config"));
         QVERIFY(QDir().mkpath(data + "/Backups/.backup.tmp/in the way")); // the backup cannot be staged
-        const ShellRun run = runShell({"add X"}, env);
+        const Run run = runShell({"add X"}, alone(home));
         QVERIFY2(run.err.startsWith("Backups are not being refreshed\nYour timers are saved, but the backups are not being refreshed: "), qPrintable(run.err));
         QCOMPARE(run.status, 0);
-        QCOMPARE(saved(data).value(3), QString("X=0"));
+        QCOMPARE(savedTimers(data).value(3), QString("X=0"));
     }
 
     // The undo history keeps the latest 1,000 steps.
     void undoKeepsTheLatestThousandSteps()
     {
         const QTemporaryDir home;
-        QProcessEnvironment env = env_;
-        env.insert("TOCK_DATA_DIR", home.filePath("data"));
-        env.insert("XDG_CONFIG_HOME", home.filePath("config"));
         QStringList lines;
         for (int i = 0; i < 1001; ++i)
             lines << "set 1 +1s";
         for (int i = 0; i < 1001; ++i)
             lines << "undo";
-        const ShellRun run = runShell(lines, env);
+        const Run run = runShell(lines, alone(home));
         QCOMPARE(run.err, QString("nothing to undo\n"));
         QCOMPARE(run.status, 1);
-        QCOMPARE(saved(home.filePath("data")).value(0), QString("Timer 1=1"));
+        QCOMPARE(savedTimers(home.filePath("data")).value(0), QString("Timer 1=1"));
     }
 };
 

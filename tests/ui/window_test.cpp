@@ -1,19 +1,23 @@
-// The window's views under the offscreen platform: clicks reach the right model actions, the
-// banner's buttons, the empty board shows only the hint and the footer, a tick repaints only
-// running time displays, a hidden window skips ticks and catches up, the zoom sizes it, a title
-// bar drag moves it and it fits itself to a new screen.
+// The window's views under the offscreen platform: clicks reach the model, repaints stay with
+// what changed, the window follows zoom, drags and screens.
 #include "draw.h"
 #include "footer.h"
 #include "namefield.h"
 #include "modelfixture.h"
+#include "emptyhint.h"
 #include "noticebanner.h"
 #include "rootview.h"
 #include "rowlist.h"
 #include "stylemenu.h"
+#include "styles.h"
 #include "table.h"
 #include "theme.h"
+#include "deletereveal.h"
+#include "livetimebutton.h"
 #include "timerrow.h"
+#include "stylebutton.h"
 #include "titlebar.h"
+#include "windowbuttons.h"
 #include "tockwindow.h"
 
 #include <QApplication>
@@ -26,7 +30,7 @@
 #include <memory>
 
 using namespace tock;
-Q_DECLARE_METATYPE(tock::StyleID)
+using namespace tock::testing;
 
 namespace {
 
@@ -98,13 +102,6 @@ struct Window {
 };
 
 } // namespace
-
-void allStyles()
-{
-    QTest::addColumn<StyleID>("style");
-    for (const StyleID style : StyleIDs::allCases())
-        QTest::newRow(qPrintable(StyleIDs::rawValue(style))) << style;
-}
 
 class WindowTest : public QObject {
     Q_OBJECT
@@ -221,12 +218,7 @@ private Q_SLOTS:
         QVERIFY(w.root()->rowList()->rows().isEmpty());
     }
 
-    void aTickRepaintsOnlyTheRunningTimes_data()
-    {
-        QTest::addColumn<StyleID>("style");
-        for (const StyleID style : StyleIDs::allCases())
-            QTest::newRow(qPrintable(StyleIDs::rawValue(style))) << style;
-    }
+    void aTickRepaintsOnlyTheRunningTimes_data() { styleRows(); }
 
     void aTickRepaintsOnlyTheRunningTimes()
     {
@@ -292,15 +284,15 @@ private Q_SLOTS:
         QCOMPARE(w.f.m().zoom(), 1.0);
         const QSize before = w.window->size();
         const int margin = w.window->marginPixels();
-        QCOMPARE(before.width() - 2 * margin, int(RootView::contentWidth));
+        QCOMPARE(before.width() - 2 * margin, int(Theme::contentWidth));
         w.f.m().setZoom(1.8);
         const int bigMargin = w.window->marginPixels();
-        QCOMPARE(w.window->width() - 2 * bigMargin, qRound(RootView::contentWidth * 1.8));
+        QCOMPARE(w.window->width() - 2 * bigMargin, qRound(Theme::contentWidth * 1.8));
         QVERIFY(std::abs((w.window->height() - 2 * bigMargin) - 1.8 * (before.height() - 2 * margin)) <= 2);
         // The zoom light toggles between the compact and the large size.
         click(w.root()->titleBar()->windowButtons()->button(WindowButton::Action::zoom));
         QCOMPARE(w.f.m().zoom(), 0.8);
-        QCOMPARE(w.window->width() - 2 * w.window->marginPixels(), qRound(RootView::contentWidth * 0.8));
+        QCOMPARE(w.window->width() - 2 * w.window->marginPixels(), qRound(Theme::contentWidth * 0.8));
     }
 
     // The frameless window moves with a drag on its title bar, once past the drag distance
@@ -420,8 +412,10 @@ private Q_SLOTS:
         QVERIFY(prompt->height() / w.f.m().zoom() >= prompt->preferredHeight() - 1);
     }
 
-    void theWindowKeepsItsHeightWhenAToastComesAndGoes_data() { allStyles(); }
-    void theWindowKeepsItsHeightWhenAToastComesAndGoes()
+    // In every style: a toast comes and goes without changing the window's height, the swipe
+    // reveal has its own opaque ground, and a click on the title opens the menu under it.
+    void toastRevealAndTitle_data() { styleRows(); }
+    void toastRevealAndTitle()
     {
         QFETCH(StyleID, style);
         Window w(WithStore::yes);
@@ -437,14 +431,7 @@ private Q_SLOTS:
         settle(w.window.get());
         QVERIFY(!w.f.m().toast());
         QCOMPARE(w.window->height(), height);
-    }
 
-    void theSwipeRevealHasItsOwnGround_data() { allStyles(); }
-    void theSwipeRevealHasItsOwnGround()
-    {
-        QFETCH(StyleID, style);
-        Window w;
-        w.f.m().setStyle(style);
         w.f.m().beginSwipe(w.f.id(1));
         w.f.m().swipe(-40);
         settle(w.window.get());
@@ -453,29 +440,20 @@ private Q_SLOTS:
         QImage image(reveal->size(), QImage::Format_ARGB32_Premultiplied);
         image.fill(Qt::transparent);
         reveal->render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
-        const qreal z = w.f.m().zoom();
-        const int edge = int(reveal->uncovered() * z);
+        const int edge = int(reveal->uncovered() * w.f.m().zoom());
         QVERIFY(edge > 0 && edge < image.width());
         const int y = image.height() / 2;
         // Under the face nothing is drawn; the uncovered strip is opaque, whatever the row's fill.
         for (int x = 0; x < edge - 1; ++x)
             QCOMPARE(qAlpha(image.pixel(x, y)), 0);
         QCOMPARE(qAlpha(image.pixel(image.width() - 12, y)), 255);
-    }
+        w.f.m().endSwipe(300);
 
-    void aClickOnTheTitleOpensTheMenu_data() { allStyles(); }
-    void aClickOnTheTitleOpensTheMenu()
-    {
-        QFETCH(StyleID, style);
-        Window w;
-        w.f.m().setStyle(style);
-        settle(w.window.get());
         TitleBar *bar = w.root()->titleBar();
         QSignalSpy menu(bar, &TitleBar::menuRequested);
         const QRect title = bar->zoomedRect(bar->menuArea());
         QTest::mouseClick(bar, Qt::LeftButton, {}, title.center());
         QCOMPARE(menu.count(), 1);
-        // It opens under the title.
         QVERIFY(menu.at(0).at(0).toPoint().y() >= bar->mapToGlobal(title.bottomLeft()).y());
     }
 };

@@ -55,6 +55,9 @@ enum class TimeKind { plain, well, flap };
 enum class FocusKind { ring, brackets };
 
 struct Theme {
+    // The window's width in unzoomed points, the same in every style.
+    static constexpr qreal contentWidth = 320;
+
     // An overlay painted over the whole window.
     enum class Overlay { none, pixelGrid, scanlines };
 

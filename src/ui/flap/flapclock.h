@@ -14,6 +14,17 @@ namespace tock {
 
 class FlapTile;
 
+// What the clock drives through a flip: a tile, which repaints its rectangle and rests on its
+// new character when the flip holding `token` is over.
+class Flipping {
+public:
+    virtual void repaint() const = 0;
+    virtual void settle(int token, bool endShown) = 0;
+
+protected:
+    ~Flipping() = default;
+};
+
 // How long each half of a flip lasts: 0.12 s, times the number in TOCK_FLIP_SLOWDOWN when it is
 // set to a finite, non-negative number (`env` is that variable, absent when unset).
 double flipTimeFor(const std::optional<QString> &env);
@@ -47,13 +58,13 @@ public:
 private:
     friend class FlapTile;
     // A tile started flip `token` at `start`; replaces the tile's earlier flip, if any.
-    void track(FlapTile *tile, int token, double start);
+    void track(Flipping *tile, int token, double start);
     // The tile is going away or resting: never touch it again.
-    void forget(const FlapTile *tile);
+    void forget(const Flipping *tile);
     void arm(double wait);
 
     struct Flip {
-        FlapTile *tile;
+        Flipping *tile;
         int token;
         double start;
         bool endPainted; // the last frame of the motion has been asked for; only the settle is left

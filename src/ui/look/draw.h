@@ -64,9 +64,10 @@ qreal textWidth(const QFont &font, const QString &text);
 class Layer {
 public:
     // Paints `widget`'s dirty rectangles from the image, first drawing it with `draw` (a painter
-    // on the image, set up in the widget's logical pixels) when `key`, the size or the pixel
-    // ratio changed.
-    void paint(QWidget *widget, const QRegion &dirty, const QString &key, const std::function<void(QPainter &)> &draw);
+    // on the image, set up in the widget's logical pixels) when `key`, the size, the pixel
+    // ratio or the widget's sub-pixel `shift` changed.
+    void paint(QWidget *widget, QPointF shift, const QRegion &dirty, const QString &key,
+               const std::function<void(QPainter &)> &draw);
 
 private:
     QImage image_;

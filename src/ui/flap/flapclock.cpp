@@ -1,7 +1,5 @@
 #include "flapclock.h"
 
-#include "flaptile.h"
-
 #include <QElapsedTimer>
 
 #include <algorithm>
@@ -57,7 +55,7 @@ FlapClock::FlapClock(FlapTimeSource now, double halfFlip, QObject *parent)
     connect(&timer_, &QTimer::timeout, this, &FlapClock::advance);
 }
 
-void FlapClock::track(FlapTile *tile, int token, double start)
+void FlapClock::track(Flipping *tile, int token, double start)
 {
     forget(tile);
     flips_.push_back({tile, token, start, false});
@@ -65,7 +63,7 @@ void FlapClock::track(FlapTile *tile, int token, double start)
         arm(0);
 }
 
-void FlapClock::forget(const FlapTile *tile)
+void FlapClock::forget(const Flipping *tile)
 {
     std::erase_if(flips_, [tile](const Flip &f) { return f.tile == tile; });
     if (flips_.empty())

@@ -4,6 +4,7 @@
 // window's FlapClock repaints just the tile's rectangle of the host while it flips.
 #pragma once
 
+#include "flapclock.h"
 #include "flapstyle.h"
 
 #include <QPointer>
@@ -16,9 +17,7 @@ class QWidget;
 
 namespace tock {
 
-class FlapClock;
-
-class FlapTile {
+class FlapTile final : public Flipping {
 public:
     // Neither the clock nor the host is owned; either may go first.
     FlapTile(FlapClock *clock, QWidget *host);
@@ -57,8 +56,8 @@ public:
 
 private:
     friend class FlapClock;
-    void repaint() const;
-    void settle(int token, bool endShown);
+    void repaint() const override;
+    void settle(int token, bool endShown) override;
     QImage face(QChar c, qreal dpr) const;
 
     QPointer<FlapClock> clock_;

@@ -10,7 +10,6 @@
 
 #include "overlays.h"
 #include "shapes.h"
-#include "view.h"
 
 namespace tock::Draw {
 
@@ -288,7 +287,8 @@ qreal textWidth(const QFont &font, const QString &string)
     return QFontMetricsF(font).horizontalAdvance(string);
 }
 
-void Layer::paint(QWidget *widget, const QRegion &dirty, const QString &key, const std::function<void(QPainter &)> &draw)
+void Layer::paint(QWidget *widget, QPointF shift, const QRegion &dirty, const QString &key,
+                  const std::function<void(QPainter &)> &draw)
 {
     QPainter painter(widget);
     // The painter's own scale, not the widget's ratio: rendered into a sharper image (a
@@ -296,13 +296,9 @@ void Layer::paint(QWidget *widget, const QRegion &dirty, const QString &key, con
     const QTransform device = painter.deviceTransform();
     const qreal dpr = std::max(0.01, qRound(std::hypot(device.m11(), device.m12()) * 100) / 100.0);
     const QSize pixels = (QSizeF(widget->size()) * dpr).toSize();
-    // A view drawn shifted by a fraction of a pixel (View::begin) draws its layer again when
-    // that shift changes.
-    QString fullKey = key;
-    if (const auto *view = qobject_cast<const View *>(widget)) {
-        const QPointF shift = view->pixelShift();
-        fullKey += QStringLiteral("|%1,%2").arg(shift.x(), 0, 'f', 3).arg(shift.y(), 0, 'f', 3);
-    }
+    // A widget drawn shifted by a fraction of a pixel draws its layer again when that shift
+    // changes.
+    const QString fullKey = key + QStringLiteral("|%1,%2").arg(shift.x(), 0, 'f', 3).arg(shift.y(), 0, 'f', 3);
     if (fullKey != key_ || image_.size() != pixels || image_.devicePixelRatio() != dpr) {
         key_ = fullKey;
         image_ = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
