@@ -3,6 +3,7 @@
 #include "buttonview.h"
 #include "editmask.h"
 #include "footer.h"
+#include "maskaccessible.h"
 #include "namefield.h"
 #include "emptyhint.h"
 #include "noticebanner.h"
@@ -187,11 +188,6 @@ public:
     }
 };
 
-class MaskAccessible : public DrawnAccessible {
-public:
-    explicit MaskAccessible(EditMask *mask) : DrawnAccessible(mask, QAccessible::Grouping) {}
-};
-
 // The invisible widget that speaks for news (see announce()).
 class AnnouncerAccessible : public DrawnAccessible {
 public:
@@ -218,7 +214,7 @@ QAccessibleInterface *factory(const QString &, QObject *object)
     if (auto *prompt = qobject_cast<PromptView *>(widget))
         return new PromptAccessible(prompt);
     if (auto *mask = qobject_cast<EditMask *>(widget))
-        return new MaskAccessible(mask);
+        return MaskAccessible::create(mask);
     if (qobject_cast<ToastView *>(widget) || qobject_cast<NoticeBanner *>(widget))
         return new DrawnAccessible(widget, QAccessible::AlertMessage);
     if (qobject_cast<EmptyHint *>(widget))

@@ -1,7 +1,9 @@
 #include "editmask.h"
 
+#include "accessibility.h"
 #include "appmodel.h"
 #include "cursorblink.h"
+#include "maskaccessible.h"
 #include "maskkeycatcher.h"
 #include "theme.h"
 
@@ -25,6 +27,7 @@ qreal colonWidth(const Theme &theme) { return std::max<qreal>(8, theme.digitAdva
 EditMask::EditMask(AppModel *model, QWidget *parent)
     : QWidget(parent), model_(model), catcher_(new MaskKeyCatcher(this)), blink_(new CursorBlink(this))
 {
+    Accessibility::install();
     setAccessibleName(QStringLiteral("Edit time: hours, minutes, seconds"));
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     restyle();
@@ -32,9 +35,12 @@ EditMask::EditMask(AppModel *model, QWidget *parent)
     catcher_->setWantsKey([this](const QKeyEvent *event) {
         return model_->isEditOpen() && classify(*event) != KeyAction::notHandled;
     });
-    connect(catcher_, &MaskKeyCatcher::focusChanged, this, [this] {
+    connect(catcher_, &MaskKeyCatcher::focusChanged, this, [this](bool focused) {
         updateBlinking();
         repaintChanged();
+        // After Qt has told readers of the catcher's focus, the field the keys go to takes it.
+        if (focused)
+            QMetaObject::invokeMethod(this, [this] { MaskAccessible::focusMoved(this); }, Qt::QueuedConnection);
     });
     connect(blink_, &CursorBlink::shownChanged, this, [this] { repaintChanged(); });
     connect(model_, &AppModel::draftChanged, this, [this] { repaintChanged(); });
@@ -177,17 +183,25 @@ void EditMask::editDraft(const std::function<void(TimeEditDraft &)> &edit)
 {
     if (!model_->draft())
         return;
-    TimeEditDraft draft = *model_->draft();
+    const TimeEditDraft before = *model_->draft();
+    TimeEditDraft draft = before;
     edit(draft);
     model_->setDraft(draft);
+    for (TimeField f : TimeFields::all) {
+        if (draft[f] != before[f])
+            MaskAccessible::valueChanged(this, f);
+    }
 }
 
 void EditMask::changeCursor(const MaskCursor &cursor)
 {
     if (cursor == cursor_)
         return;
+    const bool moved = cursor.field != cursor_.field;
     cursor_ = cursor;
     repaintChanged();
+    if (moved)
+        MaskAccessible::focusMoved(this);
 }
 
 // ---------------------------------------------------------------------------------------------
