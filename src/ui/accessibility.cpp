@@ -175,11 +175,25 @@ public:
         // The model's caret counts user-perceived characters; readers count UTF-16 units.
         return int(Text::graphemes(line()).mid(0, model().shell().promptCaret()).join(QString()).size());
     }
-    void setCursorPosition(int) override {}
+    // A reader moving the caret (by offset in UTF-16 units) moves the prompt's own.
+    void setCursorPosition(int position) override
+    {
+        ShellSession &shell = static_cast<PromptView *>(widget())->model()->shell();
+        shell.setPrompt(line(), Text::graphemeCount(line().left(position)));
+    }
     QString text(int start, int end) const override { return line().mid(start, end - start); }
     int characterCount() const override { return int(line().size()); }
-    QRect characterRect(int) const override { return {}; }
-    int offsetAtPoint(const QPoint &) const override { return -1; }
+    QRect characterRect(int offset) const override
+    {
+        const auto *prompt = static_cast<const PromptView *>(widget());
+        const QRect r = prompt->characterRect(offset);
+        return r.isNull() ? QRect() : QRect(prompt->mapToGlobal(r.topLeft()), r.size());
+    }
+    int offsetAtPoint(const QPoint &point) const override
+    {
+        const auto *prompt = static_cast<const PromptView *>(widget());
+        return int(prompt->characterAt(prompt->mapFromGlobal(point)));
+    }
     void scrollToSubstring(int, int) override {}
     QString attributes(int offset, int *start, int *end) const override
     {
@@ -267,6 +281,42 @@ void checkedChanged(QWidget *widget, bool)
     changed.checked = true;
     QAccessibleStateChangeEvent event(widget, changed);
     QAccessible::updateAccessibility(&event);
+}
+
+void textChanged(QWidget *widget)
+{
+    if (!widget || !QAccessible::isActive())
+        return;
+    QAccessibleInterface *iface = QAccessible::queryAccessibleInterface(widget);
+    QAccessibleTextInterface *text = iface ? iface->textInterface() : nullptr;
+    if (!text)
+        return;
+    // Readers are told the span that changed, found between what was last told and now.
+    const QString now = text->text(0, text->characterCount());
+    const QString was = widget->property("tockToldText").toString();
+    widget->setProperty("tockToldText", now);
+    qsizetype head = 0;
+    while (head < now.size() && head < was.size() && now.at(head) == was.at(head))
+        ++head;
+    qsizetype tail = 0;
+    while (tail < now.size() - head && tail < was.size() - head && now.at(now.size() - 1 - tail) == was.at(was.size() - 1 - tail))
+        ++tail;
+    if (head == now.size() && head == was.size())
+        return;
+    QAccessibleTextUpdateEvent event(widget, int(head), was.mid(head, was.size() - head - tail),
+                                     now.mid(head, now.size() - head - tail));
+    QAccessible::updateAccessibility(&event);
+}
+
+void caretMoved(QWidget *widget)
+{
+    if (!widget || !QAccessible::isActive())
+        return;
+    QAccessibleInterface *iface = QAccessible::queryAccessibleInterface(widget);
+    if (QAccessibleTextInterface *text = iface ? iface->textInterface() : nullptr) {
+        QAccessibleTextCursorEvent event(widget, text->cursorPosition());
+        QAccessible::updateAccessibility(&event);
+    }
 }
 
 } // namespace tock::Accessibility
