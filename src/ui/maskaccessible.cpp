@@ -72,7 +72,7 @@ public:
     }
     void setCurrentValue(const QVariant &value) override
     {
-        if (!draft())
+        if (!mask_ || !draft())
             return;
         TimeEditDraft d = *draft();
         d.set(field_, QString::number(std::clamp<qlonglong>(value.toLongLong(), 0, TimeFields::maxValue(field_))));
