@@ -1,6 +1,5 @@
 #include "editmask.h"
 
-#include "accessibility.h"
 #include "appmodel.h"
 #include "cursorblink.h"
 #include "maskaccessible.h"
@@ -27,7 +26,6 @@ qreal colonWidth(const Theme &theme) { return std::max<qreal>(8, theme.digitAdva
 EditMask::EditMask(AppModel *model, QWidget *parent)
     : QWidget(parent), model_(model), catcher_(new MaskKeyCatcher(this)), blink_(new CursorBlink(this))
 {
-    Accessibility::install();
     setAccessibleName(QStringLiteral("Edit time: hours, minutes, seconds"));
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     restyle();

@@ -1,5 +1,6 @@
 // The time mask against a real widget in an active window: its key table, clicks, refocusing,
 // the blink rule and the invalid colours.
+#include "accessibility.h"
 #include "cursorblink.h"
 #include "editmask.h"
 #include "keys.h"
@@ -163,6 +164,7 @@ private Q_SLOTS:
     void readerFollowsKeys()
     {
         QFETCH(QString, keys);
+        Accessibility::install(); // as the window does
         Scene s;
         QVERIFY(s.ready());
         typeKeys(keys);
