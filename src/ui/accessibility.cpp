@@ -3,6 +3,7 @@
 #include "buttonview.h"
 #include "editmask.h"
 #include "footer.h"
+#include "maskaccessible.h"
 #include "namefield.h"
 #include "emptyhint.h"
 #include "noticebanner.h"
@@ -176,22 +177,31 @@ public:
         // The model's caret counts user-perceived characters; readers count UTF-16 units.
         return int(Text::graphemes(line()).mid(0, model().shell().promptCaret()).join(QString()).size());
     }
-    void setCursorPosition(int) override {}
+    // A reader moving the caret (by offset in UTF-16 units) moves the prompt's own.
+    void setCursorPosition(int position) override
+    {
+        ShellSession &shell = static_cast<PromptView *>(widget())->model()->shell();
+        shell.setPrompt(line(), Text::graphemeCount(line().left(position)));
+    }
     QString text(int start, int end) const override { return line().mid(start, end - start); }
     int characterCount() const override { return int(line().size()); }
-    QRect characterRect(int) const override { return {}; }
-    int offsetAtPoint(const QPoint &) const override { return -1; }
+    QRect characterRect(int offset) const override
+    {
+        const auto *prompt = static_cast<const PromptView *>(widget());
+        const QRect r = prompt->characterRect(offset);
+        return r.isNull() ? QRect() : QRect(prompt->mapToGlobal(r.topLeft()), r.size());
+    }
+    int offsetAtPoint(const QPoint &point) const override
+    {
+        const auto *prompt = static_cast<const PromptView *>(widget());
+        return int(prompt->characterAt(prompt->mapFromGlobal(point)));
+    }
     void scrollToSubstring(int, int) override {}
     QString attributes(int offset, int *start, int *end) const override
     {
         *start = *end = offset;
         return {};
     }
-};
-
-class MaskAccessible : public DrawnAccessible {
-public:
-    explicit MaskAccessible(EditMask *mask) : DrawnAccessible(mask, QAccessible::Grouping) {}
 };
 
 // The invisible widget that speaks for news (see announce()).
@@ -222,7 +232,7 @@ QAccessibleInterface *factory(const QString &, QObject *object)
     if (auto *prompt = qobject_cast<PromptView *>(widget))
         return new PromptAccessible(prompt);
     if (auto *mask = qobject_cast<EditMask *>(widget))
-        return new MaskAccessible(mask);
+        return MaskAccessible::create(mask);
     if (qobject_cast<ToastView *>(widget) || qobject_cast<NoticeBanner *>(widget))
         return new DrawnAccessible(widget, QAccessible::AlertMessage);
     if (qobject_cast<EmptyHint *>(widget))
@@ -275,6 +285,42 @@ void checkedChanged(QWidget *widget, bool)
     changed.checked = true;
     QAccessibleStateChangeEvent event(widget, changed);
     QAccessible::updateAccessibility(&event);
+}
+
+void textChanged(QWidget *widget)
+{
+    if (!widget || !QAccessible::isActive())
+        return;
+    QAccessibleInterface *iface = QAccessible::queryAccessibleInterface(widget);
+    QAccessibleTextInterface *text = iface ? iface->textInterface() : nullptr;
+    if (!text)
+        return;
+    // Readers are told the span that changed, found between what was last told and now.
+    const QString now = text->text(0, text->characterCount());
+    const QString was = widget->property("tockToldText").toString();
+    widget->setProperty("tockToldText", now);
+    qsizetype head = 0;
+    while (head < now.size() && head < was.size() && now.at(head) == was.at(head))
+        ++head;
+    qsizetype tail = 0;
+    while (tail < now.size() - head && tail < was.size() - head && now.at(now.size() - 1 - tail) == was.at(was.size() - 1 - tail))
+        ++tail;
+    if (head == now.size() && head == was.size())
+        return;
+    QAccessibleTextUpdateEvent event(widget, int(head), was.mid(head, was.size() - head - tail),
+                                     now.mid(head, now.size() - head - tail));
+    QAccessible::updateAccessibility(&event);
+}
+
+void caretMoved(QWidget *widget)
+{
+    if (!widget || !QAccessible::isActive())
+        return;
+    QAccessibleInterface *iface = QAccessible::queryAccessibleInterface(widget);
+    if (QAccessibleTextInterface *text = iface ? iface->textInterface() : nullptr) {
+        QAccessibleTextCursorEvent event(widget, text->cursorPosition());
+        QAccessible::updateAccessibility(&event);
+    }
 }
 
 } // namespace tock::Accessibility

@@ -22,4 +22,8 @@ void announce(QWidget *announcer, const QString &text);
 void nameChanged(QWidget *widget);
 void checkedChanged(QWidget *widget, bool checked);
 
+// Tells a screen reader that the editable text of `widget` changed, or only its caret moved.
+void textChanged(QWidget *widget);
+void caretMoved(QWidget *widget);
+
 } // namespace tock::Accessibility

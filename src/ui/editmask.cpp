@@ -2,6 +2,7 @@
 
 #include "appmodel.h"
 #include "cursorblink.h"
+#include "maskaccessible.h"
 #include "maskkeycatcher.h"
 #include "theme.h"
 
@@ -32,9 +33,12 @@ EditMask::EditMask(AppModel *model, QWidget *parent)
     catcher_->setWantsKey([this](const QKeyEvent *event) {
         return model_->isEditOpen() && classify(*event) != KeyAction::notHandled;
     });
-    connect(catcher_, &MaskKeyCatcher::focusChanged, this, [this] {
+    connect(catcher_, &MaskKeyCatcher::focusChanged, this, [this](bool focused) {
         updateBlinking();
         repaintChanged();
+        // After Qt has told readers of the catcher's focus, the field the keys go to takes it.
+        if (focused)
+            QMetaObject::invokeMethod(this, [this] { MaskAccessible::focusMoved(this); }, Qt::QueuedConnection);
     });
     connect(blink_, &CursorBlink::shownChanged, this, [this] { repaintChanged(); });
     connect(model_, &AppModel::draftChanged, this, [this] { repaintChanged(); });
@@ -177,17 +181,25 @@ void EditMask::editDraft(const std::function<void(TimeEditDraft &)> &edit)
 {
     if (!model_->draft())
         return;
-    TimeEditDraft draft = *model_->draft();
+    const TimeEditDraft before = *model_->draft();
+    TimeEditDraft draft = before;
     edit(draft);
     model_->setDraft(draft);
+    for (TimeField f : TimeFields::all) {
+        if (draft[f] != before[f])
+            MaskAccessible::valueChanged(this, f);
+    }
 }
 
 void EditMask::changeCursor(const MaskCursor &cursor)
 {
     if (cursor == cursor_)
         return;
+    const bool moved = cursor.field != cursor_.field;
     cursor_ = cursor;
     repaintChanged();
+    if (moved)
+        MaskAccessible::focusMoved(this);
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -31,6 +31,9 @@ public:
     void restyle();
     const Theme *theme() const { return theme_; }
     qreal zoom() const { return zoom_; }
+    AppModel *model() const { return model_; }
+    // Where `field`'s box is drawn, in this widget's pixels.
+    QRect fieldRect(TimeField field) const { return toWidget(fieldBox(field)); }
 
     const MaskCursor &maskCursor() const { return cursor_; }
     void setMaskCursor(const MaskCursor &cursor);

@@ -204,11 +204,9 @@ void PromptView::paintEvent(QPaintEvent *)
                    outputInk);
         y += line;
     }
-    const QRectF promptLine(area.left(), y, area.width(), line);
-    const QString sign = QStringLiteral("> ");
-    const qreal signWidth = Draw::textWidth(font, sign);
-    Draw::text(painter, promptLine, Qt::AlignVCenter | Qt::AlignLeft, sign, font, t.accent);
-    const QRectF textRect = promptLine.adjusted(signWidth, 0, 0, 0);
+    const QRectF textRect = textLine();
+    const QRectF promptLine = textRect.adjusted(area.left() - textRect.left(), 0, 0, 0);
+    Draw::text(painter, promptLine, Qt::AlignVCenter | Qt::AlignLeft, QStringLiteral("> "), font, t.accent);
     const QString &text = m->shell().promptText();
     const qsizetype caretIndex = indexOfCaret(text, m->shell().promptCaret());
     const qreal caretX = textRect.left() + Draw::textWidth(font, text.left(caretIndex));
@@ -234,6 +232,41 @@ void PromptView::paintEvent(QPaintEvent *)
         if (t.caret == CaretKind::block && caretIndex < text.size())
             Draw::text(painter, caret.adjusted(-1, 0, 1, 0), Qt::AlignCenter, under, font, t.windowFill);
     }
+}
+
+QRectF PromptView::textLine() const
+{
+    const QRectF area = unzoomedRect();
+    const qreal line = lineHeight();
+    const qreal sign = Draw::textWidth(theme().nameFont, QStringLiteral("> "));
+    return {area.left() + sign, area.top() + line * qreal(shownOutput().size()), area.width() - sign, line};
+}
+
+QRect PromptView::characterRect(qsizetype index) const
+{
+    const QString &text = model()->shell().promptText();
+    if (index < 0 || index > text.size())
+        return {};
+    const QFont &font = theme().nameFont;
+    const QRectF line = textLine();
+    const qreal left = line.left() + Draw::textWidth(font, text.left(index));
+    const QString under = index < text.size() ? text.mid(index, 1) : QStringLiteral(" ");
+    return zoomedRect(QRectF(left, line.top(), Draw::textWidth(font, under), line.height()));
+}
+
+qsizetype PromptView::characterAt(QPoint at) const
+{
+    const QString &text = model()->shell().promptText();
+    const QRectF line = textLine();
+    const QPointF p = unzoomed(QPointF(at));
+    if (p.y() < line.top() || p.y() >= line.bottom() || p.x() < line.left())
+        return -1;
+    const QFont &font = theme().nameFont;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (p.x() < line.left() + Draw::textWidth(font, text.left(i + 1)))
+            return i;
+    }
+    return -1;
 }
 
 void PromptView::mousePressEvent(QMouseEvent *)

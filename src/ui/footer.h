@@ -48,6 +48,11 @@ public:
     QStringList shownOutput() const;
     // `line` broken into lines no wider than `width` in `font`.
     static QStringList wrap(const QFont &font, const QString &line, qreal width);
+    // Where the typed line's character at `index` (UTF-16) is drawn, in this widget's pixels;
+    // at the end of the line, the caret's empty cell. For screen readers and magnifiers.
+    QRect characterRect(qsizetype index) const;
+    // The index of the typed character under `at` (widget pixels), or -1 off the line.
+    qsizetype characterAt(QPoint at) const;
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -55,6 +60,8 @@ protected:
 
 private:
     qreal lineHeight() const;
+    // The typed line's own area, right of the "> " sign, in points.
+    QRectF textLine() const;
 };
 
 class Footer : public View {

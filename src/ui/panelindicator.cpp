@@ -80,6 +80,9 @@ PanelIndicator::~PanelIndicator()
     // The icon goes first: it still refers to the menu.
     delete tray_;
     tray_ = nullptr;
+    // The menu exported on the bus keeps one item per action, and only removing an action frees
+    // its item: a menu deleted with its actions in place would leave them all behind.
+    menu_->clear();
     delete menu_;
 }
 

@@ -123,6 +123,8 @@ RootView::RootView(AppModel *model, QWidget *parent, WindowActions actions)
     connect(shell, &ShellSession::promptCaretChanged, this, promptChanged);
     connect(shell, &ShellSession::shellOutputChanged, this, promptChanged);
     connect(shell, &ShellSession::shellOutputIsErrorChanged, this, promptChanged);
+    connect(shell, &ShellSession::promptTextChanged, this, [this] { Accessibility::textChanged(footer_->promptView()); });
+    connect(shell, &ShellSession::promptCaretChanged, this, [this] { Accessibility::caretMoved(footer_->promptView()); });
 
     menuChanged();
     noticeChanged();

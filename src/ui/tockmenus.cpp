@@ -1,6 +1,7 @@
 #include "tockmenus.h"
 
 #include "appmodel.h"
+#include "keymenubar.h"
 #include "styleid.h"
 
 #include <QAction>
@@ -112,15 +113,13 @@ TockMenus::TockMenus(AppModel *model, QWidget *window, MenuActions actions)
     refreshStyle();
 
 #ifndef Q_OS_MACOS
-    // F10 opens the menus where the title bar's right-click does, ready for the arrows.
+    // F10 opens the menus as a menu bar, ready for the arrows.
     auto *menusKey = new QAction(this);
     menusKey->setShortcut(QKeySequence(Qt::Key_F10));
     menusKey->setShortcutContext(Qt::WindowShortcut);
     window->addAction(menusKey);
-    connect(menusKey, &QAction::triggered, this, [this] {
-        context_->popup(window_->mapToGlobal(QPoint(window_->width() / 4, window_->height() / 8)));
-        context_->setActiveAction(context_->actions().value(0));
-    });
+    keyBar_ = new KeyMenuBar(window, menus_);
+    connect(menusKey, &QAction::triggered, keyBar_, &KeyMenuBar::open);
 #endif
 }
 

@@ -16,6 +16,7 @@ class QWidget;
 namespace tock {
 
 class AppModel;
+class KeyMenuBar;
 
 // What the menus ask of the window and the desktop; an empty action leaves its item disabled.
 struct MenuActions {
@@ -42,6 +43,8 @@ public:
     const QList<QMenu *> &menus() const { return menus_; }
     // All menus as submenus of one menu, for a right-click.
     QMenu *contextMenu() const { return context_; }
+    // The bar F10 opens; null on macOS, where the menu bar is the system's.
+    KeyMenuBar *keyMenuBar() const { return keyBar_; }
 
     QAction *undoAction() const { return undo_; }
     QAction *redoAction() const { return redo_; }
@@ -58,6 +61,7 @@ private:
     QList<QMenu *> menus_;
     QMenu *context_ = nullptr;
     QMenuBar *bar_ = nullptr;
+    KeyMenuBar *keyBar_ = nullptr; // F10's, off macOS
     QAction *undo_ = nullptr;
     QAction *redo_ = nullptr;
     QList<QAction *> styles_;

@@ -1,5 +1,6 @@
 // The time mask against a real widget in an active window: its key table, clicks, refocusing,
 // the blink rule and the invalid colours.
+#include "accessibility.h"
 #include "cursorblink.h"
 #include "editmask.h"
 #include "keys.h"
@@ -9,6 +10,7 @@
 #include "terminalcursor.h"
 #include "theme.h"
 
+#include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QLineEdit>
@@ -143,6 +145,47 @@ private Q_SLOTS:
         QTEST(s.host.passed, "passed");
         QTEST(s.host.undos, "undos");
         QCOMPARE(s.host.erases, 0);
+    }
+
+    // What a screen reader finds as keys edit the mask: the three fields as spin boxes under
+    // the mask, each with its value (none while invalid) and range, the one the keys go to
+    // focused. (The events a reader hears are checked against the real window.)
+    void readerFollowsKeys_data()
+    {
+        table<QString, QString>({"keys", "fields"}, {
+            {"Home", "Hours 1* Minutes 2 Seconds 5"},
+            {"Up", "Hours 2* Minutes 2 Seconds 5"},
+            {"Right Tab", "Hours 1 Minutes 2 Seconds 5*"},
+            {"1 2 3 4", "Hours 123 Minutes 4* Seconds 5"},
+            {"BS", "Hours 0* Minutes 2 Seconds 5"},
+            {"Tab 7 5", "Hours 1 Minutes - Seconds 5*"},
+        });
+    }
+    void readerFollowsKeys()
+    {
+        QFETCH(QString, keys);
+        Accessibility::install(); // as the window does
+        Scene s;
+        QVERIFY(s.ready());
+        typeKeys(keys);
+        QAccessibleInterface *mask = QAccessible::queryAccessibleInterface(s.mask);
+        QCOMPARE(mask->text(QAccessible::Name), QStringLiteral("Edit time: hours, minutes, seconds"));
+        QCOMPARE(mask->childCount(), 3);
+        QStringList fields;
+        for (int i = 0; i < 3; ++i) {
+            QAccessibleInterface *field = mask->child(i);
+            QCOMPARE(field->role(), QAccessible::SpinBox);
+            QCOMPARE(field->parent(), mask);
+            QCOMPARE(mask->indexOfChild(field), i);
+            QAccessibleValueInterface *value = field->valueInterface();
+            QCOMPARE(value->maximumValue().toInt(), i == 0 ? 999 : 59);
+            const QVariant v = value->currentValue();
+            fields << field->text(QAccessible::Name) + ' ' + (v.isValid() ? v.toString() : "-")
+                          + (field->state().focused ? "*" : "");
+            QVERIFY(s.mask->rect().contains(s.mask->mapFromGlobal(field->rect().center())));
+        }
+        QTEST(fields.join(' '), "fields");
+        QCOMPARE(mask->focusChild(), mask->child(int(s.mask->maskCursor().field)));
     }
 
     void clickMovesCursor()

@@ -2,7 +2,9 @@
 # The real tock as a screen reader sees it: on a virtual display with its own message bus and
 # accessibility bus, an AT-SPI client finds each row's buttons by role and name, presses
 # "Start" on the second row through the accessibility action and sees that timer run, reads the
-# row names, and hears the toast after a reset. timers.json tells what the window did.
+# row names, and hears the toast after a reset; then finds the time mask's spin boxes and follows
+# its focus and values, and the prompt's characters on screen. timers.json tells what the window
+# did.
 # Usage: screenreader_e2e.py TOCK_BINARY (run under dbus-run-session). Exit 77: skipped.
 import json
 import warnings
@@ -31,8 +33,8 @@ except (ImportError, ValueError):
     skip("needs python3-pyatspi (scripts/deps installs it)")
 
 LAUNCHER = "/usr/libexec/at-spi-bus-launcher"
-if not shutil.which("Xvfb") or not os.path.exists(LAUNCHER):
-    skip("needs Xvfb and at-spi2-core")
+if not shutil.which("Xvfb") or not shutil.which("xdotool") or not os.path.exists(LAUNCHER):
+    skip("needs Xvfb, xdotool and at-spi2-core")
 if not os.environ.get("DBUS_SESSION_BUS_ADDRESS"):
     skip("needs a session bus (run under dbus-run-session)")
 
@@ -148,7 +150,7 @@ def main():
 
         def listener(event):
             try:
-                if event.source is not None and role(event.source) in ("alert", "notification"):
+                if event.source is not None and role(event.source) in ("alert", "notification", "spin button"):
                     heard.append(event.source.get_name())
             except Exception:
                 pass
@@ -159,6 +161,55 @@ def main():
         buttons(rows()[1])["Reset"].get_action_iface().do_action(0)
         wait_for("the toast announced", lambda: any("Timer 2" in h for h in heard))
         wait_for("timer 2 reset", lambda: saved(data)[1:2] == [("Timer 2", False)])
+
+        # The time mask opened from the reader: three spin boxes with their values and ranges,
+        # the keys' field focused; Right moves the focus, Up changes a value, and both are heard.
+        def xdo(*args):
+            subprocess.run(["xdotool"] + list(args), env=env, check=True)
+
+        window = subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--name", "^Tock$"], env=env,
+                                capture_output=True, text=True).stdout.split()[0]
+        xdo("windowfocus", "--sync", window)
+        next(n for n in descendants(rows()[0]) if n.get_name().startswith("Elapsed time ")).get_action_iface().do_action(0)
+
+        def spins():
+            return [n for n in descendants(rows()[0]) if role(n) == "spin button"]
+
+        fields = wait_for("the mask's spin boxes", lambda: (lambda s: s if len(s) == 3 else None)(spins()))
+        assert [f.get_name() for f in fields] == ["Hours", "Minutes", "Seconds"], [f.get_name() for f in fields]
+        values = [(f.get_value_iface().get_current_value(), f.get_value_iface().get_maximum_value()) for f in fields]
+        assert values == [(0, 999), (0, 59), (0, 59)], values
+        assert all(role(f.get_parent()) == "panel" for f in fields)
+
+        def focused():
+            return [f.get_name() for f in spins() if f.get_state_set().contains(Atspi.StateType.FOCUSED)]
+
+        wait_for("hours focused", lambda: focused() == ["Hours"])
+        heard.clear()
+        ears.register("focus:")
+        ears.register("object:property-change:accessible-value")
+        xdo("key", "--delay", "60", "Right", "Up")
+        wait_for("minutes focused", lambda: focused() == ["Minutes"])
+        wait_for("the focus and the value heard", lambda: heard.count("Minutes") >= 2)
+        assert spins()[1].get_value_iface().get_current_value() == 1
+        xdo("key", "Escape", "ctrl+7")
+
+        # The Shell style's prompt: each typed character has its box on screen, in a row, and
+        # is found again from its middle; the caret stands after the last one.
+        def prompt():
+            return next((n for n in descendants(tock_app) if role(n) == "text" and n.get_name() == "Command prompt"), None)
+
+        wait_for("the prompt", prompt)
+        xdo("type", "--delay", "40", "help")
+        text = prompt().get_text_iface()
+        wait_for("the typed line", lambda: text.get_text(0, -1) == "help")
+        assert text.get_caret_offset() == 4, text.get_caret_offset()
+        boxes = [text.get_character_extents(i, Atspi.CoordType.SCREEN) for i in range(5)]
+        assert all(b.width > 0 and b.height > 0 and b.y == boxes[0].y for b in boxes), boxes
+        assert all(boxes[i].x < boxes[i + 1].x for i in range(4)), [b.x for b in boxes]
+        found = [text.get_offset_at_point(b.x + b.width // 2, b.y + b.height // 2, Atspi.CoordType.SCREEN)
+                 for b in boxes[:4]]
+        assert found == [0, 1, 2, 3], found
         print("screen reader checks passed")
         return 0
     finally:

@@ -1,10 +1,13 @@
-// The menus: items in order with their shortcuts, undo titles that follow the undo history, the
-// style items, and the About panel's text.
+// The menus: F10's bar, items in order with their shortcuts, undo titles that follow the undo
+// history, the style items, and the About panel's text.
 #include "dialogs.h"
+#include "keymenubar.h"
 #include "modelfixture.h"
+#include "table.h"
 #include "tockmenus.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QDir>
 #include <QMenu>
 #include <QMessageBox>
@@ -42,6 +45,44 @@ class TockMenusTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+#ifndef Q_OS_MACOS
+    // F10's bar: the first menu opens with it, Right goes on to the next menu (Left from the
+    // first wraps to the last), and the bar goes once the keys close the menu or choose an item.
+    void f10BarWalksTheMenusAndGoes_data()
+    {
+        table<QString, QString, bool>({"keys", "open", "chosen"}, {
+            {"", "Tock", false},
+            {"Right Right", "Timer", false},
+            {"Left", "Window", false},
+            {"Escape", "", false},
+            {"Right Right Return", "", true},
+        });
+    }
+    void f10BarWalksTheMenusAndGoes()
+    {
+        QFETCH(QString, keys);
+        ModelFixture f(WithStore::no, {"A"});
+        QWidget window;
+        window.resize(300, 200);
+        TockMenus menus(&f.m(), &window, MenuActions{});
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QTest::keyClick(&window, Qt::Key_F10);
+        QTRY_VERIFY(menus.keyMenuBar()->isVisible());
+        for (const QString &key : keys.split(' ', Qt::SkipEmptyParts)) {
+            QTRY_VERIFY(QApplication::activePopupWidget());
+            QTest::keyClick(QApplication::activePopupWidget(),
+                            key == "Right" ? Qt::Key_Right : key == "Left" ? Qt::Key_Left
+                            : key == "Escape" ? Qt::Key_Escape : Qt::Key_Return);
+        }
+        QFETCH(QString, open);
+        const auto *popup = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+        QTRY_COMPARE(popup ? popup->title() : QString(), open);
+        QTRY_COMPARE(menus.keyMenuBar()->isVisible(), !open.isEmpty());
+        QTEST(f.m().board().timers.size() == 2, "chosen"); // the Timer menu's first item adds one
+    }
+#endif
+
     void itemsInOrder()
     {
         ModelFixture f(WithStore::no);

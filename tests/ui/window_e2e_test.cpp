@@ -149,7 +149,7 @@ private Q_SLOTS:
 
     // Keys alone, the pointer away from the window: Tab and the arrows reach a row's controls,
     // Space presses them, F2 renames, Return opens the time, Alt+Up moves the row, Delete
-    // deletes it, the toast's Undo is reached with Tab, and F10 opens the menus.
+    // deletes it, the toast's Undo is reached with Tab, and F10 opens the menus as a bar.
     void keysOnly()
     {
         launch();
@@ -178,7 +178,11 @@ private Q_SLOTS:
         keys({"Tab", "Tab", "Tab", "Tab", "Tab", "Tab", "space"});
         QTRY_COMPARE_WITH_TIMEOUT(savedTimers(data_), (QStringList{"Focus=0", "Timer 1=0", "Timer 3=0"}), 10000);
 
-        keys({"F10", "Return", "Return"}); // the first menu, its first item
+        // F10 opens the menus as a bar: Right goes on to the next menu with its first item
+        // chosen (the Timer menu's Add Timer), Left comes back (About Tock).
+        keys({"F10", "Right", "Right", "Return", "Return"});
+        QTRY_COMPARE_WITH_TIMEOUT(saved(data_).size(), 4, 10000);
+        keys({"F10", "Right", "Left", "Return"});
         QVERIFY2(!xdo({"search", "--sync", "--onlyvisible", "--name", "^About Tock$"}).isEmpty(), "no About panel");
     }
 

@@ -20,6 +20,7 @@
 #include "windowbuttons.h"
 #include "tockwindow.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QPaintEvent>
 #include <QScreen>
@@ -391,6 +392,53 @@ private Q_SLOTS:
         QEvent leave(QEvent::Leave);
         QApplication::sendEvent(w.root()->rowList(), &leave);
         QCOMPARE(w.f.m().hoveredID(), std::nullopt);
+    }
+
+    // A screen reader's character boxes of the prompt are where the characters are drawn: one
+    // after another along the line, found again from their middles, and the caret's block at the
+    // end of the line filling the box after the last one, at any zoom and below output lines.
+    void promptCharactersAreWhereTheyAreDrawn_data()
+    {
+        table<QString, double, bool>({"line", "zoom", "output"}, {
+            {"add Lunch", 1.0, false},
+            {"rename 2 Été", 1.6, true},
+        });
+    }
+    void promptCharactersAreWhereTheyAreDrawn()
+    {
+        QFETCH(QString, line);
+        QFETCH(double, zoom);
+        QFETCH(bool, output);
+        Window w;
+        w.f.m().setStyle(StyleID::shell);
+        w.f.m().setZoom(zoom);
+        if (output) {
+            w.f.m().shell().promptInsert(QStringLiteral("help"));
+            w.f.m().shell().promptRun();
+        }
+        w.f.m().shell().promptInsert(line);
+        settle(w.window.get());
+        PromptView *prompt = w.root()->footer()->promptView();
+        QAccessibleTextInterface *text = QAccessible::queryAccessibleInterface(prompt)->textInterface();
+        QVERIFY(text);
+        QCOMPARE(text->characterCount(), int(line.size()));
+        QCOMPARE(text->cursorPosition(), int(line.size()));
+        QRect before;
+        for (int i = 0; i <= line.size(); ++i) {
+            const QRect r = text->characterRect(i);
+            QVERIFY2(!r.isEmpty() && r.height() >= 12 * zoom, qPrintable(QString::number(i)));
+            if (i > 0) {
+                QCOMPARE(r.top(), before.top());
+                QVERIFY(qAbs(r.left() - before.right()) <= 2);
+            }
+            if (i < line.size())
+                QCOMPARE(text->offsetAtPoint(r.center()), i);
+            before = r;
+        }
+        QCOMPARE(text->characterRect(int(line.size()) + 1), QRect());
+        QCOMPARE(text->offsetAtPoint(text->characterRect(0).topLeft() - QPoint(20, 0)), -1);
+        const QPoint caret = prompt->mapFromGlobal(before.center());
+        QCOMPARE(prompt->grab().toImage().pixelColor(caret * prompt->devicePixelRatio()), Theme::shell().nameInk);
     }
 
     void shellOutputWrapsLongLines()
