@@ -36,7 +36,7 @@ struct TimerItem;
 
 // What the indicator's menu asks of the rest of the window application.
 struct PanelActions {
-    // Opens the report of the recorded history; while empty the menu has no "Report" item.
+    // Opens the report of the recorded history; without it the menu has no "Report" item.
     std::function<void()> report;
 };
 

@@ -139,7 +139,7 @@ private Q_SLOTS:
         QCOMPARE(tooltip(), QString("Tock · no timer running"));
         // Names show as they are: nothing in them is taken for an access key.
         QCOMPARE(menu(), QStringList({"Timer 1 · 00:00:00", "Timer 2 · 00:00:00", "Fish & Chips_2 · 00:00:00",
-                                      "Pause All", "Hide Tock", "Quit Tock"}));
+                                      "Pause All", "Hide Tock", "Report", "Quit Tock"}));
 
         // A timer started in the window shows in the tooltip, and its time moves on.
         QCOMPARE(shell("start 2"), QString("started “Timer 2”"));

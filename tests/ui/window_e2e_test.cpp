@@ -181,7 +181,7 @@ private Q_SLOTS:
         // F10 opens the menus as a bar: Right goes on to the next menu with its first item
         // chosen (the Timer menu's Add Timer), Left comes back (About Tock).
         keys({"F10", "Right", "Right", "Return", "Return"});
-        QTRY_COMPARE_WITH_TIMEOUT(saved(data_).size(), 4, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(savedTimers(data_).size(), 4, 10000);
         keys({"F10", "Right", "Left", "Return"});
         QVERIFY2(!xdo({"search", "--sync", "--onlyvisible", "--name", "^About Tock$"}).isEmpty(), "no About panel");
     }
