@@ -3,6 +3,8 @@
 #include "buttonview.h"
 #include "editmask.h"
 #include "footer.h"
+#include "promptview.h"
+#include "toastview.h"
 #include "maskaccessible.h"
 #include "namefield.h"
 #include "emptyhint.h"

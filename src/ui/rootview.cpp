@@ -6,6 +6,8 @@
 #include "flapclock.h"
 #include "focusmark.h"
 #include "footer.h"
+#include "promptview.h"
+#include "toastview.h"
 #include "emptyhint.h"
 #include "noticebanner.h"
 #include "reportview.h"

@@ -144,4 +144,9 @@ void ThemedButton::paintEvent(QPaintEvent *)
     }
 }
 
+qreal ThemedButton::shadowRoom(const Theme &t)
+{
+    return t.buttonShadow ? t.shadowOffset : (t.lipShadow ? 2 : 0);
+}
+
 } // namespace tock

@@ -16,6 +16,8 @@ public:
     enum class Role { key, running, primary };
 
     ThemedButton(AppModel *model, QWidget *parent, Role role = Role::key);
+    // Room a key needs beyond its face for its hard shadow or lip, in unzoomed points.
+    static qreal shadowRoom(const Theme &theme);
 
     void setRole(Role role);
     void setGlyph(std::optional<Glyph> glyph);

@@ -32,11 +32,6 @@ qreal shadowRoom(const Theme &t)
     return t.rowEmbossed ? 2 : 0;
 }
 
-qreal buttonRoom(const Theme &t)
-{
-    return t.buttonShadow ? t.shadowOffset : (t.lipShadow ? 2 : 0);
-}
-
 } // namespace
 
 // The sliding face of a row: the card and its contents.
@@ -247,7 +242,7 @@ void TimerRow::relayout()
     face_->setUnzoomedGeometry(QRectF(offset_, 0, size.width(), size.height()));
 
     const qreal mid = card.center().y();
-    const qreal room = buttonRoom(t);
+    const qreal room = ThemedButton::shadowRoom(t);
     qreal right = card.right() - t.rowInset + room;
     const auto place = [&](ThemedButton *b) {
         const QSizeF s = b->preferredSize() + QSizeF(room, room);

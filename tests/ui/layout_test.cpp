@@ -3,6 +3,7 @@
 // open a window without a display.
 #include "draw.h"
 #include "footer.h"
+#include "promptview.h"
 #include "modelfixture.h"
 #include "namefield.h"
 #include "noticebanner.h"

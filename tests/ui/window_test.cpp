@@ -2,6 +2,8 @@
 // what changed, the window follows zoom, drags and screens.
 #include "draw.h"
 #include "footer.h"
+#include "promptview.h"
+#include "toastview.h"
 #include "namefield.h"
 #include "modelfixture.h"
 #include "emptyhint.h"
