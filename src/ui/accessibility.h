@@ -4,26 +4,9 @@
 // list's order is the board's.
 #pragma once
 
-#include <QString>
-
-class QWidget;
-
 namespace tock::Accessibility {
 
 // Installs the interfaces; once per process, before the first window is made.
 void install();
-
-// Says `text` through `announcer` (a widget the root view keeps for this), for news that
-// appears without taking the focus: a toast, the prompt's output, a banner, the empty hint.
-void announce(QWidget *announcer, const QString &text);
-
-// Tells a screen reader that `widget`'s name or checked state changed (a row started, paused,
-// was reset or set), without making a new object.
-void nameChanged(QWidget *widget);
-void checkedChanged(QWidget *widget, bool checked);
-
-// Tells a screen reader that the editable text of `widget` changed, or only its caret moved.
-void textChanged(QWidget *widget);
-void caretMoved(QWidget *widget);
 
 } // namespace tock::Accessibility

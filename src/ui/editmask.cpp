@@ -1,8 +1,8 @@
 #include "editmask.h"
 
+#include "announcements.h"
 #include "appmodel.h"
 #include "cursorblink.h"
-#include "maskaccessible.h"
 #include "maskkeycatcher.h"
 #include "theme.h"
 
@@ -38,7 +38,7 @@ EditMask::EditMask(AppModel *model, QWidget *parent)
         repaintChanged();
         // After Qt has told readers of the catcher's focus, the field the keys go to takes it.
         if (focused)
-            QMetaObject::invokeMethod(this, [this] { MaskAccessible::focusMoved(this); }, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(this, [this] { tellFieldFocused(); }, Qt::QueuedConnection);
     });
     connect(blink_, &CursorBlink::shownChanged, this, [this] { repaintChanged(); });
     connect(model_, &AppModel::draftChanged, this, [this] { repaintChanged(); });
@@ -187,7 +187,7 @@ void EditMask::editDraft(const std::function<void(TimeEditDraft &)> &edit)
     model_->setDraft(draft);
     for (TimeField f : TimeFields::all) {
         if (draft[f] != before[f])
-            MaskAccessible::valueChanged(this, f);
+            Accessibility::partValueChanged(this, int(f));
     }
 }
 
@@ -199,7 +199,14 @@ void EditMask::changeCursor(const MaskCursor &cursor)
     cursor_ = cursor;
     repaintChanged();
     if (moved)
-        MaskAccessible::focusMoved(this);
+        tellFieldFocused();
+}
+
+void EditMask::tellFieldFocused()
+{
+    // Readers follow the field the keys go to, while the keys come here at all.
+    if (catcher_->hasFocus())
+        Accessibility::partFocused(this, int(cursor_.field));
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -65,6 +65,8 @@ protected:
     void showEvent(QShowEvent *event) override;
 
 private:
+    // Tells a screen reader that the keys now go to the current field.
+    void tellFieldFocused();
     // Layout in points, before zoom.
     QSizeF contentSize() const;
     QRectF fieldBox(TimeField field) const;

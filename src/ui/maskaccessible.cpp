@@ -151,37 +151,11 @@ private:
     mutable std::array<QAccessible::Id, 3> ids_{};
 };
 
-QAccessibleInterface *field(EditMask *mask, TimeField f)
-{
-    QAccessibleInterface *group = QAccessible::queryAccessibleInterface(mask);
-    return group ? group->child(int(f)) : nullptr;
-}
-
 } // namespace
 
 QAccessibleInterface *create(EditMask *mask)
 {
     return new GroupAccessible(mask);
-}
-
-void focusMoved(EditMask *mask)
-{
-    if (!QAccessible::isActive() || !mask->keyCatcher()->hasFocus())
-        return;
-    if (QAccessibleInterface *f = field(mask, mask->maskCursor().field)) {
-        QAccessibleEvent event(f, QAccessible::Focus);
-        QAccessible::updateAccessibility(&event);
-    }
-}
-
-void valueChanged(EditMask *mask, TimeField f)
-{
-    if (!QAccessible::isActive())
-        return;
-    if (QAccessibleInterface *iface = field(mask, f)) {
-        QAccessibleValueChangeEvent event(iface, iface->valueInterface()->currentValue());
-        QAccessible::updateAccessibility(&event);
-    }
 }
 
 } // namespace tock::MaskAccessible

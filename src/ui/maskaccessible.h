@@ -17,11 +17,6 @@ namespace MaskAccessible {
 // The mask's own interface (the factory's answer for an EditMask).
 QAccessibleInterface *create(EditMask *mask);
 
-// Tells a screen reader that the keys now go to the mask's current field.
-void focusMoved(EditMask *mask);
-// Tells a screen reader that `field` shows a new value.
-void valueChanged(EditMask *mask, TimeField field);
-
 } // namespace MaskAccessible
 
 } // namespace tock

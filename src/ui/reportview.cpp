@@ -1,6 +1,6 @@
 #include "reportview.h"
 
-#include "accessibility.h"
+#include "announcements.h"
 #include "draw.h"
 
 #include <QDateTime>

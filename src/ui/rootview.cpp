@@ -1,6 +1,6 @@
 #include "rootview.h"
 
-#include "accessibility.h"
+#include "announcements.h"
 #include "draw.h"
 #include "editmask.h"
 #include "flapclock.h"
