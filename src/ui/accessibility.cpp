@@ -6,6 +6,7 @@
 #include "promptview.h"
 #include "toastview.h"
 #include "maskaccessible.h"
+#include "maskkeycatcher.h"
 #include "namefield.h"
 #include "emptyhint.h"
 #include "noticebanner.h"
@@ -235,6 +236,10 @@ QAccessibleInterface *factory(const QString &, QObject *object)
         return new PromptAccessible(prompt);
     if (auto *mask = qobject_cast<EditMask *>(widget))
         return MaskAccessible::create(mask);
+    // The mask's keys arrive here first; a reader told of its focus hears the mask's name, then
+    // the field the keys go to.
+    if (qobject_cast<MaskKeyCatcher *>(widget) && widget->parentWidget())
+        return new DrawnAccessible(widget, QAccessible::Grouping, widget->parentWidget()->accessibleName());
     if (qobject_cast<ToastView *>(widget) || qobject_cast<NoticeBanner *>(widget))
         return new DrawnAccessible(widget, QAccessible::AlertMessage);
     if (qobject_cast<EmptyHint *>(widget))
