@@ -111,6 +111,13 @@ QList<Pair> pairsOf(const Theme &t)
     pairs.append({"report text", t.reportInk, report, small});
     pairs.append({"report dates and scale", t.reportMuted, report, small});
     pairs.append({"focus mark, report", t.focusInk, report, large});
+    // A bar (and its legend swatch) stands out from the ground by its fill or by its edge: 3:1,
+    // as for any shape that carries meaning.
+    for (qsizetype i = 0; i < t.reportSeries.size(); ++i) {
+        const QColor fill = t.reportSeries.at(i);
+        const bool byEdge = t.reportBarEdge.isValid() && ratio(t.reportBarEdge, report) > ratio(fill, report);
+        pairs.append({"report bar " + QString::number(i + 1), byEdge ? t.reportBarEdge : fill, report, large});
+    }
     pairs.append({"focus mark, window", t.focusInk, window, large});
     pairs.append({"focus mark, title", t.focusInk, title, large});
     return pairs;

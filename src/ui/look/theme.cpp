@@ -573,7 +573,8 @@ Theme buildBraun()
     t.reportMuted = t.muted;
     t.reportGrid = QColor(0xDD, 0xD9, 0xD0);
     t.reportSeries = {orange, QColor(0x3A, 0x38, 0x33), QColor(0xA3, 0x9E, 0x93), QColor(0xD9, 0xB8, 0x4A)};
-    t.reportBarEdge = QColor();
+    // The light grey and yellow keys would fade into the card: a thin dark edge keeps every bar.
+    t.reportBarEdge = QColor(0x3A, 0x38, 0x33);
     return t;
 }
 
@@ -731,8 +732,9 @@ Theme buildAmber()
     t.reportMuted = dimText;
     t.reportGrid = A::faint;
     // Phosphor at four brightnesses.
-    t.reportSeries = {A::ink, QColor(0xFF, 0xD0, 0x89), QColor(0xA8, 0x72, 0x28), QColor(0x6E, 0x4C, 0x1E)};
-    t.reportBarEdge = QColor();
+    t.reportSeries = {A::ink, QColor(0xFF, 0xD0, 0x89), QColor(0xA8, 0x72, 0x28), QColor(0x88, 0x5D, 0x21)};
+    // Dark seams between the stacked shades, so neighbouring brightnesses stay apart.
+    t.reportBarEdge = A::bg;
     return t;
 }
 
