@@ -79,21 +79,21 @@ inline void stop(QProcess &p)
     }
 }
 
-// Starts Xvfb on a free display number and returns its name (":N"); empty when it did not come.
+// Starts Xvfb on a display number it picks itself and returns its name (":N") once the server
+// takes connections (it says so by printing the number); empty when it did not come.
 inline QString startXvfb(QProcess &xvfb, const QString &program)
 {
-    int display = 60 + int(QCoreApplication::applicationPid() % 200);
-    const auto taken = [](int n) {
-        return QFile::exists(QStringLiteral("/tmp/.X11-unix/X%1").arg(n)) || QFile::exists(QStringLiteral("/tmp/.X%1-lock").arg(n));
-    };
-    while (taken(display))
-        ++display;
-    const QString name = QStringLiteral(":%1").arg(display);
-    xvfb.start(program, {name, "-screen", "0", "1024x768x24", "-nolisten", "tcp"});
-    if (!xvfb.waitForStarted()
-        || !QTest::qWaitFor([&] { return QFile::exists(QStringLiteral("/tmp/.X11-unix/X%1").arg(display)); }, 10000))
+    xvfb.start(program, {"-displayfd", "1", "-screen", "0", "1024x768x24", "-nolisten", "tcp"});
+    if (!xvfb.waitForStarted())
         return QString();
-    return name;
+    QByteArray said;
+    (void)QTest::qWaitFor([&] {
+        said += xvfb.readAllStandardOutput();
+        return said.contains('\n') || xvfb.state() == QProcess::NotRunning;
+    }, 20000);
+    bool ok = false;
+    const int display = said.trimmed().toInt(&ok);
+    return ok && xvfb.state() == QProcess::Running ? QStringLiteral(":%1").arg(display) : QString();
 }
 
 // Leaks the leak checker should not blame on Tock (libraries that keep buffers to the end), for
