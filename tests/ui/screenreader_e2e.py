@@ -85,16 +85,16 @@ def role(node):
 def main():
     tock = sys.argv[1]
     home = tempfile.mkdtemp(prefix="tock-a11y-")
-    display = ":%d" % (300 + os.getpid() % 300)
-    xvfb = subprocess.Popen(["Xvfb", display, "-screen", "0", "1024x768x24", "-nolisten", "tcp"],
-                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    # The server picks a free display and prints its number once it takes connections.
+    xvfb = subprocess.Popen(["Xvfb", "-displayfd", "1", "-screen", "0", "1024x768x24", "-nolisten", "tcp"],
+                            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
     launcher = None
     app = None
     try:
-        sock = "/tmp/.X11-unix/X" + display[1:]
-        deadline = time.monotonic() + 10
-        while not os.path.exists(sock) and time.monotonic() < deadline:
-            time.sleep(0.05)
+        number = xvfb.stdout.readline().strip()
+        if not number.isdigit():
+            raise AssertionError("Xvfb did not start")
+        display = ":" + number.decode()
         env = dict(os.environ, DISPLAY=display)
         env.pop("QT_QPA_PLATFORM", None)
         launcher = subprocess.Popen([LAUNCHER, "--launch-immediately"], env=env,
