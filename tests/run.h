@@ -83,7 +83,7 @@ inline void stop(QProcess &p)
 // takes connections (it says so by printing the number); empty when it did not come.
 inline QString startXvfb(QProcess &xvfb, const QString &program)
 {
-    xvfb.start(program, {"-displayfd", "1", "-screen", "0", "1024x768x24", "-nolisten", "tcp"});
+    xvfb.start(program, {"-displayfd", "1", "-noreset", "-screen", "0", "1024x768x24", "-nolisten", "tcp"});
     if (!xvfb.waitForStarted())
         return QString();
     QByteArray said;
