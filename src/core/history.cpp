@@ -145,6 +145,12 @@ void History::close()
     db_ = nullptr;
 }
 
+void History::write(sqlite3_stmt *statement)
+{
+    if (const int code = sqlite3_step(statement); code != SQLITE_DONE)
+        fail(QStringLiteral("could not write"), code);
+}
+
 void History::fail(const QString &what, int code)
 {
     const QString name = QFileInfo(path_).fileName();
@@ -249,9 +255,7 @@ int64_t History::timerKey(const QUuid &id)
     sqlite3_stmt *add = prepare("INSERT INTO timers(id) VALUES(?1)");
     Use use{add};
     sqlite3_bind_text(add, 1, text.constData(), int(text.size()), SQLITE_STATIC);
-    const int code = sqlite3_step(add);
-    if (code != SQLITE_DONE)
-        fail(QStringLiteral("could not write"), code);
+    write(add);
     const int64_t key = sqlite3_last_insert_rowid(db_);
     keys_.insert(id, key);
     return key;
@@ -266,8 +270,7 @@ void History::setTimer(const QUuid &id, const QString &name, bool deleted)
     sqlite3_bind_int64(s, 1, key);
     sqlite3_bind_text(s, 2, utf8.constData(), int(utf8.size()), SQLITE_STATIC);
     sqlite3_bind_int(s, 3, deleted ? 1 : 0);
-    if (const int code = sqlite3_step(s); code != SQLITE_DONE)
-        fail(QStringLiteral("could not write"), code);
+    write(s);
 }
 
 void History::openInterval(const QUuid &timer, Instant start)
@@ -277,8 +280,7 @@ void History::openInterval(const QUuid &timer, Instant start)
     Use use{s};
     sqlite3_bind_int64(s, 1, key);
     sqlite3_bind_double(s, 2, start);
-    if (const int code = sqlite3_step(s); code != SQLITE_DONE)
-        fail(QStringLiteral("could not write"), code);
+    write(s);
 }
 
 void History::closeInterval(const QUuid &timer, Instant end)
@@ -288,8 +290,7 @@ void History::closeInterval(const QUuid &timer, Instant end)
     Use use{s};
     sqlite3_bind_int64(s, 1, key);
     sqlite3_bind_double(s, 2, end);
-    if (const int code = sqlite3_step(s); code != SQLITE_DONE)
-        fail(QStringLiteral("could not write"), code);
+    write(s);
 }
 
 void History::closeAllIntervals(Instant end)
@@ -297,8 +298,7 @@ void History::closeAllIntervals(Instant end)
     sqlite3_stmt *s = prepare("UPDATE intervals SET end = max(start, ?1) WHERE end IS NULL");
     Use use{s};
     sqlite3_bind_double(s, 1, end);
-    if (const int code = sqlite3_step(s); code != SQLITE_DONE)
-        fail(QStringLiteral("could not write"), code);
+    write(s);
 }
 
 void History::addAdjustment(const QUuid &timer, Instant at, double seconds)
@@ -309,8 +309,7 @@ void History::addAdjustment(const QUuid &timer, Instant at, double seconds)
     sqlite3_bind_int64(s, 1, key);
     sqlite3_bind_double(s, 2, at);
     sqlite3_bind_double(s, 3, seconds);
-    if (const int code = sqlite3_step(s); code != SQLITE_DONE)
-        fail(QStringLiteral("could not write"), code);
+    write(s);
 }
 
 void History::addEvent(const QUuid &timer, Instant at, Event event)
@@ -321,8 +320,7 @@ void History::addEvent(const QUuid &timer, Instant at, Event event)
     sqlite3_bind_int64(s, 1, key);
     sqlite3_bind_double(s, 2, at);
     sqlite3_bind_text(s, 3, eventName(event), -1, SQLITE_STATIC);
-    if (const int code = sqlite3_step(s); code != SQLITE_DONE)
-        fail(QStringLiteral("could not write"), code);
+    write(s);
 }
 
 QList<History::Interval> History::intervals(std::optional<Instant> from, std::optional<Instant> to)

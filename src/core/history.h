@@ -117,6 +117,8 @@ private:
     void migrate();
     [[noreturn]] void fail(const QString &what, int code);
     sqlite3_stmt *prepare(const char *sql);
+    // Runs a bound writing statement to its end.
+    void write(sqlite3_stmt *statement);
     // The timers table's key for `id`, adding the timer (nameless) when unknown.
     int64_t timerKey(const QUuid &id);
 

@@ -3,12 +3,12 @@
 // read from history.db taking only what touches the week. Local time is Berlin's.
 #include "history.h"
 #include "table.h"
+#include "zone.h"
 #include "weekreport.h"
 
 #include <QDateTime>
 #include <QtTest>
 
-#include <ctime>
 
 using namespace tock;
 Q_DECLARE_METATYPE(Qt::DayOfWeek)
@@ -114,14 +114,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char **argv)
-{
-    // Before Qt or the C library look at the zone.
-    qputenv("TZ", "Europe/Berlin");
-    tzset();
-    QCoreApplication app(argc, argv);
-    WeekReportTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+TOCK_TEST_MAIN_IN_ZONE(WeekReportTest, QCoreApplication, "Europe/Berlin")
 
 #include "weekreport_test.moc"

@@ -3,6 +3,7 @@
 #include "history.h"
 #include "report.h"
 #include "table.h"
+#include "zone.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -11,7 +12,6 @@
 #include <QTest>
 
 #include <cstdlib>
-#include <ctime>
 
 using namespace tock;
 
@@ -264,14 +264,6 @@ private slots:
     }
 };
 
-int main(int argc, char **argv)
-{
-    // Before Qt or the C library look at the zone.
-    qputenv("TZ", "Europe/Berlin");
-    tzset();
-    QCoreApplication app(argc, argv);
-    HistoryTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+TOCK_TEST_MAIN_IN_ZONE(HistoryTest, QCoreApplication, "Europe/Berlin")
 
 #include "history_test.moc"

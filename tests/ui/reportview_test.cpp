@@ -9,13 +9,13 @@
 #include "rootview.h"
 #include "rowlist.h"
 #include "table.h"
+#include "zone.h"
 #include "tockwindow.h"
 #include "windowinteraction.h"
 
 #include <QAccessible>
 #include <QtTest>
 
-#include <ctime>
 
 using namespace tock;
 
@@ -152,13 +152,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char **argv)
-{
-    qputenv("TZ", "Europe/Berlin");
-    tzset();
-    QApplication app(argc, argv);
-    ReportViewTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+TOCK_TEST_MAIN_IN_ZONE(ReportViewTest, QApplication, "Europe/Berlin")
 
 #include "reportview_test.moc"
