@@ -142,9 +142,11 @@ int InstanceLock::lockFile(unsigned long long &folderDevice, unsigned long long 
     folderInode = (unsigned long long)folderStatus.st_ino;
     // Informational only; nobody reads it back, so a failed write changes nothing. A file with
     // other names is some other file's content as well: left alone.
+    // Written over in place, cut only when the old one was longer: emptying the file first
+    // would free and allocate its block again at every start.
     const QByteArray pid = QByteArray::number(qint64(::getpid())) + '\n';
-    if (st.st_nlink == 1 && ::ftruncate(fd, 0) == 0)
-        (void)!::pwrite(fd, pid.constData(), size_t(pid.size()), 0);
+    if (st.st_nlink == 1 && ::pwrite(fd, pid.constData(), size_t(pid.size()), 0) == pid.size() && st.st_size > pid.size())
+        (void)!::ftruncate(fd, pid.size());
     return fd;
 }
 
