@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <limits>
 
 namespace tock {
 
@@ -295,11 +297,37 @@ QString reportDuration(double seconds)
 
 QString isoLocal(Instant instant)
 {
-    const QDateTime local = QDateTime::fromSecsSinceEpoch(int64_t(std::floor(instant)));
-    const int offset = local.offsetFromUtc();
-    const int a = std::abs(offset);
-    return local.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"))
-         + QStringLiteral("%1%2:%3").arg(offset < 0 ? QLatin1Char('-') : QLatin1Char('+')).arg(a / 3600, 2, 10, QLatin1Char('0')).arg(a / 60 % 60, 2, 10, QLatin1Char('0'));
+    return LocalIso()(instant);
+}
+
+QString LocalIso::operator()(Instant instant)
+{
+    const int64_t secs = int64_t(std::floor(instant));
+    if (secs < from_ || secs >= to_) {
+        const QDateTime at = QDateTime::fromSecsSinceEpoch(secs, QTimeZone::utc());
+        if (!zone_.isValid()) {
+            // A zone Qt cannot read: the C library's answer for this instant alone.
+            offset_ = QDateTime::fromSecsSinceEpoch(secs).offsetFromUtc();
+            from_ = to_ = secs;
+            ++to_;
+        } else {
+            offset_ = zone_.offsetFromUtc(at);
+            const QTimeZone::OffsetData before = zone_.previousTransition(at.addSecs(1));
+            const QTimeZone::OffsetData after = zone_.nextTransition(at);
+            from_ = before.atUtc.isValid() ? before.atUtc.toSecsSinceEpoch() : std::numeric_limits<int64_t>::min();
+            to_ = after.atUtc.isValid() ? after.atUtc.toSecsSinceEpoch() : std::numeric_limits<int64_t>::max();
+        }
+    }
+    const int64_t local = secs + offset_;
+    const int64_t days = local >= 0 ? local / 86400 : -((-local + 86399) / 86400);
+    const int64_t second = local - days * 86400;
+    const QDate date = QDate::fromJulianDay(2440588 + days); // 1970-01-01
+    const int a = std::abs(offset_);
+    char text[40];
+    std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d%c%02d:%02d", date.year(), date.month(), date.day(),
+                  int(second / 3600), int(second / 60 % 60), int(second % 60), offset_ < 0 ? '-' : '+', a / 3600,
+                  a / 60 % 60);
+    return QString::fromLatin1(text);
 }
 
 QByteArray exportHistory(ExportFormat format, const QList<History::Interval> &intervals,
@@ -314,6 +342,7 @@ QByteArray exportHistory(ExportFormat format, const QList<History::Interval> &in
     };
     QList<Line> lines;
     lines.reserve(intervals.size() + adjustments.size());
+    LocalIso isoLocal;
     for (const History::Interval &i : intervals) {
         const Instant end = i.end.value_or(std::max(now, i.start));
         lines.append({i.start, i.timer, isoLocal(i.start), i.end ? isoLocal(*i.end) : QString(), number(end - i.start),

@@ -10,6 +10,7 @@
 #include <QDate>
 #include <QList>
 #include <QString>
+#include <QTimeZone>
 
 #include <optional>
 
@@ -75,6 +76,20 @@ QByteArray exportHistory(ExportFormat format, const QList<History::Interval> &in
 
 // "2026-11-25T09:00:00+01:00": whole seconds, local time with its offset.
 QString isoLocal(Instant instant);
+
+// isoLocal for many instants. Local time through QDateTime asks the C library, which looks at the
+// zone file again at every call; this reads the system's zone once and keeps each offset for as
+// long as the zone keeps it, so an export of years of runs does not look hundreds of thousands
+// of times.
+class LocalIso {
+public:
+    QString operator()(Instant instant);
+
+private:
+    QTimeZone zone_ = QTimeZone::systemTimeZone();
+    int64_t from_ = 1, to_ = 0; // the stretch [from_, to_) in seconds that offset_ holds for
+    int offset_ = 0;
+};
 // "h:mm:ss" with at least two digits of hours, a leading "-" when negative; whole seconds.
 QString reportDuration(double seconds);
 

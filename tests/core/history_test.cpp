@@ -239,6 +239,10 @@ private slots:
         QFETCH(QString, local);
         QCOMPARE(isoLocal(double(utc)), local);
         QCOMPARE(isoLocal(double(utc) + 0.75), local);
+        // One formatter across all rows, as an export uses it: the offset it keeps from the
+        // last row must not leak across a change, forwards or back.
+        static LocalIso shared;
+        QCOMPARE(shared(double(utc)), local);
     }
 
     void exports()
