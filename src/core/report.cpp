@@ -274,7 +274,7 @@ QString Report::text() const
     const auto line = [&](const QString &name, const QList<double> &perDay, double sum) {
         QString text = padRight(elided(name, nameWidth), nameWidth);
         for (const double seconds : perDay)
-            text += padLeft(dayCell(seconds), cell);
+            text += QLatin1Char(' ') + padLeft(dayCell(seconds), cell - 1); // never run into the last one
         text += padLeft(reportDuration(sum), totalWidth);
         out += text + QLatin1Char('\n');
     };

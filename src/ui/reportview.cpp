@@ -284,7 +284,12 @@ void ReportView::paintEvent(QPaintEvent *)
                    Theme::applyCase(t.labelCase, QStringLiteral("Nothing recorded this week")), font, t.reportMuted);
         y += lineHeight;
     }
-    for (qsizetype r = 0; r < report_.rows.size(); ++r) {
+    // On a screen too short for every timer the last line that fits stands for the rest, with
+    // their sum, so the total below still adds up to what is listed.
+    const qsizetype rows = report_.rows.size();
+    const qsizetype room = std::max<qsizetype>(1, qsizetype(std::floor((all.height() - y) / lineHeight)) - 1);
+    const qsizetype shown = rows <= room ? rows : room - 1;
+    for (qsizetype r = 0; r < shown; ++r) {
         const Report::Row &row = report_.rows.at(r);
         const QRectF swatch(left + 0.5, y + lineHeight / 2 - 5, 10, 10);
         painter.setBrush(t.reportSeries.isEmpty() ? t.reportInk : t.reportSeries.at(r % t.reportSeries.size()));
@@ -295,6 +300,17 @@ void ReportView::paintEvent(QPaintEvent *)
                    Qt::AlignLeft | Qt::AlignVCenter, Theme::applyCase(t.nameCase, row.name), font, t.reportInk);
         Draw::text(painter, QRectF(right - totalWidth, y, totalWidth, lineHeight), Qt::AlignRight | Qt::AlignVCenter,
                    duration(row.total), font, t.reportInk);
+        y += lineHeight;
+    }
+    if (shown < rows) {
+        double rest = 0;
+        for (qsizetype r = shown; r < rows; ++r)
+            rest += report_.rows.at(r).total;
+        Draw::text(painter, QRectF(left + 18, y, right - left - 18 - totalWidth, lineHeight),
+                   Qt::AlignLeft | Qt::AlignVCenter,
+                   Theme::applyCase(t.nameCase, QStringLiteral("%1 more timers").arg(rows - shown)), font, t.reportMuted);
+        Draw::text(painter, QRectF(right - totalWidth, y, totalWidth, lineHeight), Qt::AlignRight | Qt::AlignVCenter,
+                   duration(rest), font, t.reportMuted);
         y += lineHeight;
     }
     painter.fillRect(QRectF(left, y + 1, right - left, 1), t.reportGrid);
