@@ -95,14 +95,13 @@ private Q_SLOTS:
     void keyTable_data()
     {
         // The draft afterwards ("closed" once it ended), the cursor's field, the timer, the beeps,
-        // the keys that travelled on to the window and how often its Ctrl+Z shortcut fired.
+        // the keys that travelled on to the window and how often its Ctrl+Z shortcut fired. One
+        // row per key and branch of the mask's own; what typing and stepping do to the fields
+        // is timeedit_test's.
         table<QString, QString, int, double, int, int, int>(
             {"keys", "texts", "field", "seconds", "beeps", "passed", "undos"}, {
-                // Typing, auto-advance and separators.
                 {"1 2 3 4 5", "123|45|05", 2, 3725.0, 0, 0, 0}, // digits fill and advance
                 {"7 : 3", "7|3|05", 1, 3725.0, 0, 0, 0}, // separator moves on
-                {"1 2 3 : 9", "123|9|05", 1, 3725.0, 0, 0, 0}, // separator after advance
-                {". . 4", "01|02|4", 2, 3725.0, 0, 0, 0}, // dot and space separate
                 // Commit and cancel.
                 {"7 : 3 Ret", "closed", 1, 25385.0, 0, 0, 0}, // return commits
                 {"5 Enter", "closed", 0, 18125.0, 0, 0, 0}, // keypad enter commits
@@ -110,19 +109,14 @@ private Q_SLOTS:
                 {"9 9 Esc", "closed", 0, 3725.0, 0, 0, 0}, // escape cancels
                 {"Tab 7 5 Ret", "01|75|05", 2, 3725.0, 0, 0, 0}, // invalid entry stays open
                 // Moving, without wrapping either way.
-                {"Tab Tab Tab 9", "01|02|9", 2, 3725.0, 0, 0, 0}, // tab stops at seconds
                 {"Right Right Right", "01|02|05", 2, 3725.0, 0, 0, 0}, // right stops at seconds
                 {"S-BTab Left 4", "4|02|05", 0, 3725.0, 0, 0, 0}, // backtab stops at hours
                 {"Tab Tab S-Tab 8", "01|8|05", 1, 3725.0, 0, 0, 0}, // shift tab goes back
-                {"Right Left 4", "4|02|05", 0, 3725.0, 0, 0, 0}, // right then left
-                // Stepping wraps within a field only.
+                // Stepping stays within a field.
                 {"Up Up Right Down", "03|01|05", 1, 3725.0, 0, 0, 0}, // up steps
-                {"Down Down", "999|02|05", 0, 3725.0, 0, 0, 0}, // down wraps hours
-                {"Up 7", "7|02|05", 0, 3725.0, 0, 0, 0}, // stepped field is fresh
                 // Both delete keys delete backwards, ahead of a window's Backspace shortcut.
                 {"BS", "|02|05", 0, 3725.0, 0, 0, 0}, // backspace clears fresh
                 {"Tab 4 Del", "01||05", 1, 3725.0, 0, 0, 0}, // delete deletes backwards
-                {"1 2 BS", "1|02|05", 0, 3725.0, 0, 0, 0}, // backspace after typing
                 // Refused characters beep and are still consumed; keys without text travel on.
                 {"x", "01|02|05", 0, 3725.0, 1, 0, 0}, // letter beeps
                 {"Home", "01|02|05", 0, 3725.0, 0, 1, 0}, // home passes
@@ -154,8 +148,6 @@ private Q_SLOTS:
     {
         table<QString, QString>({"keys", "fields"}, {
             {"Home", "Hours 1* Minutes 2 Seconds 5"},
-            {"Up", "Hours 2* Minutes 2 Seconds 5"},
-            {"Right Tab", "Hours 1 Minutes 2 Seconds 5*"},
             {"1 2 3 4", "Hours 123 Minutes 4* Seconds 5"},
             {"BS", "Hours 0* Minutes 2 Seconds 5"},
             {"Tab 7 5", "Hours 1 Minutes - Seconds 5*"},
@@ -234,7 +226,6 @@ private Q_SLOTS:
 
     void invalidFieldUsesInvalidColours()
     {
-        const Theme &theme = Theme::classic();
         Scene s;
         TimeEditDraft draft = *s.f.m().draft();
         draft.set(TimeField::minutes, QStringLiteral("75"));
@@ -242,16 +233,14 @@ private Q_SLOTS:
         QImage image(s.mask->size(), QImage::Format_ARGB32_Premultiplied);
         image.fill(Qt::transparent);
         s.mask->render(&image);
-        // Just inside each box's left edge, below the border, beside the digits.
-        const qreal colon = s.mask->sizeHint().width()
-                            - DigitField::size(theme, TimeField::hours).width()
-                            - 2 * DigitField::size(theme, TimeField::minutes).width() - theme.shadowOffset;
-        const int y = int(DigitField::size(theme, TimeField::hours).height() / 2);
-        const int inset = int(theme.fieldBorderWidth) + 2;
-        const int hoursX = inset;
-        const int minutesX = int(DigitField::size(theme, TimeField::hours).width() + colon / 2) + inset;
-        QCOMPARE(image.pixelColor(hoursX, y), theme.fieldFill);
-        QCOMPARE(image.pixelColor(minutesX, y), theme.invalidFill);
+        // Along the middle line the invalid fill lies in the minutes' box alone.
+        QList<int> invalid;
+        for (int x = 0; x < image.width(); ++x)
+            if (image.pixelColor(x, image.height() / 2) == Theme::classic().invalidFill)
+                invalid << x;
+        const QRect minutes = s.mask->fieldRect(TimeField::minutes);
+        QVERIFY(!invalid.isEmpty());
+        QVERIFY(invalid.first() >= minutes.left() && invalid.last() <= minutes.right());
     }
 
     void blockCaretHollowWhenInactive_data()
