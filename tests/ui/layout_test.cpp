@@ -2,11 +2,8 @@
 // the menu never collide or leave the window; every still scene renders; the start refuses to
 // open a window without a display.
 #include "draw.h"
-#include "footer.h"
-#include "promptview.h"
 #include "modelfixture.h"
 #include "namefield.h"
-#include "noticebanner.h"
 #include "rootview.h"
 #include "rowlist.h"
 #include "screenshots.h"
@@ -155,18 +152,6 @@ private Q_SLOTS:
         b.f.m().setStyle(StyleID::classic);
         for (TimerRow *row : b.root()->rowList()->rows())
             QVERIFY(!row->timeButton()->flapText());
-    }
-
-    void theShellStyleShowsThePrompt()
-    {
-        Built b(StyleID::shell, 1.0, {"A"});
-        Footer *footer = b.root()->footer();
-        QVERIFY(footer->promptView()->isVisibleTo(b.window.get()));
-        QVERIFY(!footer->addButton()->isVisibleTo(b.window.get()));
-        const int before = b.window->height();
-        b.f.shell(QStringLiteral("nonsense"));
-        QVERIFY(b.f.m().shell().shellOutputIsError());
-        QVERIFY(b.window->height() > before); // the output line makes room for itself
     }
 
     void everySceneRenders_data()
