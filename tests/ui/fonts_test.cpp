@@ -1,7 +1,9 @@
 // The bundled fonts: each face registers under its contract name and weight, the grid fonts
 // cover every character Tock writes, stay on whole pixels and leave the rest to fallback.
 #include "fontloader.h"
+#include "styles.h"
 #include "table.h"
+#include "theme.h"
 
 #include <QFontDatabase>
 #include <QFontInfo>
@@ -13,8 +15,8 @@
 #include <QTextLayout>
 #include <QtTest>
 
-using tock::FontLoader;
-using tock::table;
+using namespace tock;
+using namespace tock::testing;
 
 namespace {
 
@@ -49,40 +51,29 @@ private slots:
         QCOMPARE(QFontDatabase::families().size(), before);
     }
 
-    // What Qt reads from each file is the contract with the themes, whatever else is installed:
-    // the family and weight pick that face, and its digits share one width.
-    void faces_data()
+    // Every font a theme asks for by a bundled family is that face at that weight, whatever
+    // else is installed (a name it lacks falls through to the next), and its digits share one
+    // width.
+    void themeFontsAreTheBundledFaces_data() { styleRows(); }
+    void themeFontsAreTheBundledFaces()
     {
-        table<QString, QStringList, int, QString>({"file", "families", "weight", "family"}, {
-            {"TockPixel.ttf", {"TockPixel"}, QFont::Normal, "TockPixel"},
-            {"TockTerm.ttf", {"TockTerm"}, QFont::Normal, "TockTerm"},
-            {"RobotoCondensed-Bold.ttf", {"Roboto Condensed"}, QFont::Bold, "Roboto Condensed"},
-            {"Roboto-Medium.ttf", {"Roboto"}, QFont::Medium, "Roboto"},
-            {"Roboto-Bold.ttf", {"Roboto"}, QFont::Bold, "Roboto"},
-            {"", {"No Such Face Tock", "Roboto"}, QFont::Medium, "Roboto"},
-        });
-    }
-    void faces()
-    {
-        QFETCH(QString, file);
-        QFETCH(QStringList, families);
-        QFETCH(int, weight);
-        QFETCH(QString, family);
-        if (!file.isEmpty()) {
-            QFile data(QStringLiteral(":/fonts/") + file);
-            QVERIFY(data.open(QIODevice::ReadOnly));
-            const QRawFont raw(data.readAll(), 16);
-            QCOMPARE(raw.familyName(), family);
-            QCOMPARE(weightClass(raw), weight);
+        QFETCH(StyleID, style);
+        const Theme &t = Theme::of(style);
+        const QStringList bundled{"TockPixel", "TockTerm", "Roboto Condensed", "Roboto"};
+        for (const QFont &font : {t.titleFont, t.sbFont, t.nameFont, t.timeFont, t.labelFont, t.captionFont, t.digitFont}) {
+            const QStringList families = font.families().isEmpty() ? QStringList{font.family()} : font.families();
+            if (std::none_of(families.begin(), families.end(), [&](const QString &f) { return bundled.contains(f); }))
+                continue;
+            const QRawFont raw = QRawFont::fromFont(font);
+            QVERIFY2(bundled.contains(raw.familyName()), qPrintable(families.join(", ") + " is " + raw.familyName()));
+            QCOMPARE(weightClass(raw), font.weight());
+            const QFontMetricsF metrics(font);
+            for (char digit = '1'; digit <= '9'; ++digit)
+                QCOMPARE(metrics.horizontalAdvance(QLatin1Char(digit)), metrics.horizontalAdvance(QLatin1Char('0')));
         }
-        const QFont font = FontLoader::font(families, 20.4, QFont::Weight(weight));
-        QCOMPARE(font.pixelSize(), 20);
-        const QRawFont raw = QRawFont::fromFont(font);
-        QCOMPARE(raw.familyName(), family);
-        QCOMPARE(weightClass(raw), weight);
-        const QFontMetricsF metrics(font);
-        for (char digit = '1'; digit <= '9'; ++digit)
-            QCOMPARE(metrics.horizontalAdvance(QLatin1Char(digit)), metrics.horizontalAdvance(QLatin1Char('0')));
+        const QFont fallback = FontLoader::font({"No Such Face Tock", "Roboto"}, 20.4, QFont::Medium);
+        QCOMPARE(fallback.pixelSize(), 20);
+        QCOMPARE(QRawFont::fromFont(fallback).familyName(), QString("Roboto"));
     }
 
     void gridFontsCoverWhatTockShows()
@@ -103,7 +94,7 @@ private slots:
     void gridFontsStayOnPixels_data()
     {
         table<QString, int, int>({"family", "pixelSize", "lineHeight"},
-                                 {{"TockPixel", 16, 20}, {"TockPixel", 24, 30}, {"TockTerm", 12, 13}, {"TockTerm", 24, 26}});
+                                 {{"TockPixel", 24, 30}, {"TockTerm", 12, 13}});
     }
     void gridFontsStayOnPixels()
     {
