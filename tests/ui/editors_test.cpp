@@ -1,11 +1,14 @@
-// The time mask against a real widget in an active window: its key table, clicks, refocusing,
-// the blink rule and the invalid colours.
+// The editors against real widgets in an active offscreen window, on a model without a store.
+// The name field: how a rename starts and ends, the model's say on starting one, focus for a new
+// timer, and the label text. The time mask: its key table, what a screen reader finds, clicks,
+// refocusing, the blink rule and the invalid colours.
 #include "accessibility.h"
 #include "cursorblink.h"
 #include "editmask.h"
 #include "keys.h"
 #include "maskkeycatcher.h"
 #include "modelfixture.h"
+#include "namefield.h"
 #include "table.h"
 #include "terminalcursor.h"
 #include "theme.h"
@@ -15,6 +18,7 @@
 #include <QApplication>
 #include <QLineEdit>
 #include <QPainter>
+#include <QVBoxLayout>
 #include <QtTest>
 
 using namespace tock;
@@ -62,18 +66,149 @@ QString texts(const AppModel &m)
 
 } // namespace
 
-class EditMaskTest : public QObject {
+class EditorsTest : public QObject {
     Q_OBJECT
 
 private:
-    struct Scene {
+    struct NameScene {
+        ModelFixture f{WithStore::no, {"Deep work", "Design"}};
+        QWidget host;
+        NameField *field = nullptr;
+        QLineEdit *other = nullptr;
+
+        NameScene()
+        {
+            auto *layout = new QVBoxLayout(&host);
+            field = add(f.id(0));
+            other = new QLineEdit(&host);
+            layout->addWidget(other);
+            host.resize(260, 120);
+            host.show();
+            host.activateWindow();
+        }
+        NameField *add(const QUuid &id)
+        {
+            auto *name = new NameField(f.model.get(), id, &host);
+            host.layout()->addWidget(name);
+            return name;
+        }
+        bool ready() { return QTest::qWaitForWindowActive(&host); }
+        void click(NameField *name) { QTest::mouseClick(name, Qt::LeftButton, {}, name->rect().center()); }
+    };
+
+private Q_SLOTS:
+    void renameEnds_data()
+    {
+        table<QString, QString, QString>({"case", "end", "name"}, {
+            {"return commits", "return", "Reading"},
+            {"focus loss commits", "focus", "Reading"},
+            {"escape restores", "escape", "Deep work"},
+        });
+    }
+
+    void renameEnds()
+    {
+        QFETCH(QString, end);
+        QFETCH(QString, name);
+        NameScene s;
+        QVERIFY(s.ready());
+        s.click(s.field);
+        QVERIFY(s.field->isEditing());
+        QVERIFY(s.f.m().isEditingName());
+        QTRY_VERIFY(s.field->editor()->hasFocus());
+        QTest::keyClicks(s.field->editor(), QStringLiteral("Reading")); // replaces the selected name
+        if (end == "return")
+            QTest::keyClick(s.field->editor(), Qt::Key_Return);
+        else if (end == "escape")
+            QTest::keyClick(s.field->editor(), Qt::Key_Escape);
+        else
+            s.other->setFocus();
+        QVERIFY(!s.field->isEditing());
+        QVERIFY(!s.f.m().isEditingName());
+        QCOMPARE(s.f.names().at(0), name);
+        QCOMPARE(s.field->shownText(), name);
+    }
+
+    void clickAsksTheOpenTimeEdit_data()
+    {
+        table<QString, QString, bool>({"case", "minutes", "renames"}, {
+            {"invalid edit refuses", "75", false},
+            {"valid edit commits first", "30", true},
+        });
+    }
+
+    void clickAsksTheOpenTimeEdit()
+    {
+        QFETCH(QString, minutes);
+        QFETCH(bool, renames);
+        NameScene s;
+        QVERIFY(s.ready());
+        s.f.m().beginEdit(s.f.id(1));
+        TimeEditDraft draft = *s.f.m().draft();
+        draft.set(TimeField::minutes, minutes);
+        s.f.m().setDraft(draft);
+        s.click(s.field);
+        QCOMPARE(s.field->isEditing(), renames);
+        QCOMPARE(s.f.m().isEditOpen(), !renames);
+        QCOMPARE(s.f.elapsed(1), renames ? 30 * 60.0 : 0.0);
+    }
+
+    void newTimerTakesNameFocus()
+    {
+        NameScene s;
+        QVERIFY(s.ready());
+        NameField *added = nullptr;
+        // The row appears with the board change, before the model asks for its name's focus.
+        connect(s.f.model.get(), &AppModel::boardChanged, &s.host, [&] {
+            if (!added && s.f.m().board().timers.size() == 3)
+                added = s.add(s.f.id(2));
+        });
+        s.f.m().addTimer();
+        QVERIFY(added);
+        QTRY_VERIFY(added->isEditing() && added->editor()->hasFocus());
+        QVERIFY(!s.f.m().nameFocusID());
+        QVERIFY(!s.field->isEditing());
+        QTest::keyClicks(added->editor(), QStringLiteral("Lunch"));
+        QTest::keyClick(added->editor(), Qt::Key_Return);
+        QCOMPARE(s.f.names(), QStringList({"Deep work", "Design", "Lunch"}));
+    }
+
+    void shownText_data()
+    {
+        table<QString, QString, QString>({"case", "name", "shown"}, {
+            {"plain", "Design", "Design"},
+            {"empty is untitled", "", "Untitled"},
+            {"long is elided", QString(200, 'W'), "…"},
+            {"huge is elided", QString(200000, QChar(0x05D0)), "…"},
+            {"emoji is elided", QString::fromUtf8("🙂").repeated(5000), "…"},
+        });
+    }
+
+    void shownText()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, shown);
+        NameScene s;
+        s.f.m().rename(s.f.id(0), name);
+        if (shown != "…") {
+            QCOMPARE(s.field->shownText(), shown);
+            return;
+        }
+        const QString text = s.field->shownText();
+        QVERIFY(text.endsWith(QChar(0x2026)));
+        QVERIFY(text.size() < 100);
+        QVERIFY(!text.at(text.size() - 2).isHighSurrogate()); // no half emoji before the ellipsis
+    }
+
+private:
+    struct MaskScene {
         ModelFixture f{WithStore::no, {"A", "B"}};
         Host host;
         EditMask *mask = nullptr;
         QLineEdit *other = nullptr;
         QSignalSpy *beeps = nullptr;
 
-        explicit Scene(StyleID style = StyleID::classic)
+        explicit MaskScene(StyleID style = StyleID::classic)
         {
             f.set(0, 3725); // 01:02:05
             f.m().setStyle(style);
@@ -86,7 +221,7 @@ private:
             host.show();
             host.activateWindow();
         }
-        ~Scene() { delete beeps; }
+        ~MaskScene() { delete beeps; }
         bool ready() { return QTest::qWaitForWindowActive(&host) && QTest::qWaitFor([this] { return keys(); }); }
         bool keys() const { return mask->keyCatcher()->hasFocus(); }
     };
@@ -129,7 +264,7 @@ private Q_SLOTS:
     void keyTable()
     {
         QFETCH(QString, keys);
-        Scene s;
+        MaskScene s;
         QVERIFY(s.ready());
         typeKeys(keys);
         QTEST(::texts(s.f.m()), "texts");
@@ -157,7 +292,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, keys);
         Accessibility::install(); // as the window does
-        Scene s;
+        MaskScene s;
         QVERIFY(s.ready());
         typeKeys(keys);
         QAccessibleInterface *mask = QAccessible::queryAccessibleInterface(s.mask);
@@ -182,7 +317,7 @@ private Q_SLOTS:
 
     void clickMovesCursor()
     {
-        Scene s;
+        MaskScene s;
         QVERIFY(s.ready());
         s.other->setFocus();
         const QSize size = s.mask->size();
@@ -195,7 +330,7 @@ private Q_SLOTS:
 
     void newEditTakesKeysBack()
     {
-        Scene s;
+        MaskScene s;
         QVERIFY(s.ready());
         typeKeys("Tab");
         s.other->setFocus();
@@ -207,7 +342,7 @@ private Q_SLOTS:
 
     void blinksOnlyWhenItShould()
     {
-        Scene shell(StyleID::shell);
+        MaskScene shell(StyleID::shell);
         QVERIFY(shell.ready());
         auto *blink = shell.mask->findChild<CursorBlink *>();
         QVERIFY(blink->isBlinking());
@@ -219,14 +354,14 @@ private Q_SLOTS:
         shell.host.hide();
         QVERIFY(!blink->isBlinking());
 
-        Scene steady(StyleID::gameboy);
+        MaskScene steady(StyleID::gameboy);
         QVERIFY(steady.ready());
         QVERIFY(!steady.mask->findChild<CursorBlink *>()->isBlinking());
     }
 
     void invalidFieldUsesInvalidColours()
     {
-        Scene s;
+        MaskScene s;
         TimeEditDraft draft = *s.f.m().draft();
         draft.set(TimeField::minutes, QStringLiteral("75"));
         s.f.m().setDraft(draft);
@@ -267,5 +402,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(EditMaskTest)
-#include "editmask_test.moc"
+QTEST_MAIN(EditorsTest)
+#include "editors_test.moc"
