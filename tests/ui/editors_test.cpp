@@ -176,7 +176,6 @@ private Q_SLOTS:
     void shownText_data()
     {
         table<QString, QString, QString>({"case", "name", "shown"}, {
-            {"plain", "Design", "Design"},
             {"empty is untitled", "", "Untitled"},
             {"long is elided", QString(200, 'W'), "…"},
             {"huge is elided", QString(200000, QChar(0x05D0)), "…"},
