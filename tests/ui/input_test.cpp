@@ -120,14 +120,12 @@ private Q_SLOTS:
     {
         table<QString, QString, QString, QString, QString, int, QString>(
             {"case", "style", "setup", "keys", "prompt", "timers", "shortcuts"}, {
-            {"prompt style types", "shell", "", "a b", "ab", 3, ""},
             {"other styles do not", "classic", "", "a b", "", 3, ""},
             {"prompt's C-a beats Select All", "shell", "", "a C-a", "a", 3, ""},
             {"Select All elsewhere", "classic", "", "C-a", "", 3, "select"},
             {"menu chord passes the prompt", "shell", "", "a C-n", "a", 3, "add"},
             {"backspace edits a typed line", "shell", "hover", "a BS", "", 3, ""},
             {"backspace on empty prompt deletes", "shell", "hover", "BS", "", 2, ""},
-            {"backspace deletes in any style", "classic", "hover", "BS", "", 2, ""},
             {"backspace without a row does nothing", "classic", "", "BS", "", 3, ""},
             {"open mask keeps the keys", "shell", "mask", "a BS", "", 3, ""},
             {"name field keeps the keys", "shell", "field", "a C-a BS", "", 3, ""},
