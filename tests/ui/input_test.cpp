@@ -187,7 +187,6 @@ private Q_SLOTS:
             {"past half deletes", "hover 1", "b u:100,0 u:60,0 e", 3, 2, -1},
             {"rightwards never moves", "hover 0", "b u:-80,0 e", 2, 3, -1},
             {"natural scrolling", "hover 0", "b n:-50,0 e", 2, 3, 0},
-            {"vertical passes", "hover 0", "b u:0,20 u:60,0 e", 0, 3, -1},
             {"diagonal at the ratio is vertical", "hover 0", "b u:6,5 u:60,0 e", 0, 3, -1},
             {"just wider is horizontal", "hover 0", "b u:6.1,5 u:60,0 e", 3, 3, 0},
             {"small moves wait for an axis", "hover 0", "b u:2,0 u:2,0 u:40,0 e", 2, 3, 0},
@@ -197,7 +196,6 @@ private Q_SLOTS:
             {"momentum after a scroll passes", "hover 0", "b u:0,50 e m:0,30 e", 0, 3, -1},
             {"coasting ends the swipe", "hover 0", "b u:50,0 u:0,0 m:300,0 e", 4, 3, 0},
             {"burst reveals", "hover 0", "w:60,0 gap", 1, 3, 0},
-            {"vertical burst passes", "hover 0", "w:0,30 w:0,30 gap", 0, 3, -1},
             {"second burst goes on from the reveal", "hover 0", "w:40,0 gap w:70,0 gap", 2, 2, -1},
             {"each burst decides its axis", "hover 0", "w:0,30 gap w:50,0 gap", 1, 3, 0},
         });
