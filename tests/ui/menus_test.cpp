@@ -110,7 +110,9 @@ private Q_SLOTS:
         QCOMPARE(menus.contextMenu()->actions().size(), menus.menus().size());
     }
 
-    void undoTitlesFollowHistory()
+    // The undo titles follow the undo history; a style chosen anywhere (here the model, as the
+    // command line does) moves the check.
+    void actionsFollowTheModel()
     {
         ModelFixture f(WithStore::no);
         QWidget window;
@@ -130,14 +132,7 @@ private Q_SLOTS:
         redo->trigger();
         QCOMPARE(f.timer(0).accumulated, 0.0);
         QCOMPARE(state(), (QStringList{"Undo Reset Timer", "on", "Redo", "off"}));
-    }
 
-    // A style chosen anywhere (here the command line) moves the check.
-    void styleCheckFollowsModel()
-    {
-        ModelFixture f(WithStore::no);
-        QWidget window;
-        TockMenus menus(&f.m(), &window, MenuActions{});
         menus.styleActions().at(6)->trigger();
         QCOMPARE(f.m().style(), StyleID::shell);
         f.m().setStyle(StyleID::amber);
