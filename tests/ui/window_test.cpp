@@ -226,18 +226,6 @@ private Q_SLOTS:
         QCOMPARE(banner->isVisible(), !cleared);
     }
 
-    void emptyBoardShowsOnlyTheHintAndTheFooter()
-    {
-        Window w(WithStore::no, {});
-        settle(w.window.get());
-        QVERIFY(w.root()->emptyHint()->isVisible());
-        QVERIFY(w.root()->footer()->isVisible());
-        QVERIFY(!w.root()->rowList()->isVisible());
-        QVERIFY(!w.root()->banner()->isVisible());
-        QVERIFY(!w.root()->styleMenu()->isVisible());
-        QVERIFY(w.root()->rowList()->rows().isEmpty());
-    }
-
     void aTickRepaintsOnlyTheRunningTimes_data() { styleRows(); }
 
     void aTickRepaintsOnlyTheRunningTimes()
@@ -559,7 +547,11 @@ private Q_SLOTS:
         for (const auto action : {WindowButton::Action::close, WindowButton::Action::minimize, WindowButton::Action::zoom})
             QVERIFY2(group->rect().contains(group->button(action)->geometry()), qPrintable(QString::number(int(action))));
 
-        Window empty(style, zoom, {}); // the smallest window
+        Window empty(style, zoom, {}); // the smallest window: the hint and the footer alone
+        QVERIFY(empty.root()->emptyHint()->isVisible());
+        QVERIFY(empty.root()->footer()->isVisible());
+        QVERIFY(!empty.root()->rowList()->isVisible());
+        QVERIFY(!empty.root()->styleMenu()->isVisible());
         empty.f.m().setStyleMenuOpen(true);
         StyleMenu *menu = empty.root()->styleMenu();
         // The menu's body; its soft shadow may be cut by the window's edge.
