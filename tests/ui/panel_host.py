@@ -8,11 +8,9 @@ line on standard input; each gets one JSON line on standard output:
     watch           own the watcher's name, with a panel present
     items           the registered items ("bus-name/path")
     tooltip         the first item's tooltip: its title and text
-    item            Status, Title, ToolTip (its title and text) and the icon's sizes with a
-                    digest of its pixels, of the first item
+    item            the first item's Status, Title, and its icon's sizes and pixels' digest
     menu            the first item's menu, as a panel opens it: AboutToShow, then GetLayout;
-                    a list of {id, label, toggle, enabled, visible}, each label as a panel
-                    shows it (access-key underscores taken out)
+                    a list of {id, label, toggle, visible}, each label as a panel shows it
     click LABEL     Event(id, "clicked") on the menu entry whose label starts with LABEL
     activate        a left click on the item (Activate)
     quit            leave
@@ -22,6 +20,7 @@ Errors come back as {"error": "..."}. Every call to an item has a deadline of fi
 
 import hashlib
 import json
+import re
 import sys
 import time
 
@@ -41,13 +40,6 @@ TIMEOUT = 5
 INTROSPECTION = """<!DOCTYPE node PUBLIC "-//freedesktop//DTD D-BUS Object Introspection 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/introspect.dtd">
 <node>
-  <interface name="org.freedesktop.DBus.Introspectable">
-    <method name="Introspect"><arg type="s" direction="out"/></method>
-  </interface>
-  <interface name="org.freedesktop.DBus.Properties">
-    <method name="Get"><arg type="s" direction="in"/><arg type="s" direction="in"/><arg type="v" direction="out"/></method>
-    <method name="GetAll"><arg type="s" direction="in"/><arg type="a{sv}" direction="out"/></method>
-  </interface>
   <interface name="org.kde.StatusNotifierWatcher">
     <method name="RegisterStatusNotifierItem"><arg name="service" type="s" direction="in"/></method>
     <method name="RegisterStatusNotifierHost"><arg name="service" type="s" direction="in"/></method>
@@ -65,16 +57,7 @@ INTROSPECTION = """<!DOCTYPE node PUBLIC "-//freedesktop//DTD D-BUS Object Intro
 
 def shown(label):
     """A menu label as a panel shows it: "__" is one underscore, a single one marks an access key."""
-    out, i = [], 0
-    while i < len(label):
-        if label[i] == "_":
-            if label[i + 1:i + 2] == "_":
-                out.append("_")
-            i += 2 if label[i + 1:i + 2] == "_" else 1
-            continue
-        out.append(label[i])
-        i += 1
-    return "".join(out)
+    return re.sub("_(_?)", r"\1", label)
 
 
 class Watcher(dbus.service.Object):
@@ -147,13 +130,11 @@ class Panel:
             return [str(tip[2]), str(tip[3])]
         if word == "item":
             item = self.first_item()
-            tip = self.prop(item, ITEM, "ToolTip")
             pixmaps = self.prop(item, ITEM, "IconPixmap")
             digest = hashlib.sha1(b"".join(bytes(p[2]) for p in pixmaps)).hexdigest()
             return {
                 "status": str(self.prop(item, ITEM, "Status")),
                 "title": str(self.prop(item, ITEM, "Title")),
-                "tooltip": [str(tip[2]), str(tip[3])],
                 "iconSizes": sorted(int(p[0]) for p in pixmaps),
                 "icon": digest,
             }
@@ -190,7 +171,6 @@ class Panel:
                 "id": ident,
                 "label": shown(str(props.get("label", ""))),
                 "toggle": int(props.get("toggle-state", -1)) if "toggle-type" in props else None,
-                "enabled": bool(props.get("enabled", True)),
                 "visible": bool(props.get("visible", True)),
             })
         return entries
