@@ -16,7 +16,6 @@ private Q_SLOTS:
         table<QString, QString, int>({"case", "text", "columns"}, {
             {"accent, precomposed and combining", QStringLiteral("café cafe\u0301"), 9},
             {"CJK", QStringLiteral("会議"), 4},
-            {"hangul", QStringLiteral("회의"), 4},
             {"emoji", QStringLiteral("😀🚀"), 4},
             {"emoji with skin tone is one", QStringLiteral("👍🏽"), 2},
             {"family is one", QStringLiteral("👨‍👩‍👧"), 2},
@@ -28,8 +27,7 @@ private Q_SLOTS:
     void widths()
     {
         QFETCH(QString, text);
-        QFETCH(int, columns);
-        QCOMPARE(LineEditor::width(text), columns);
+        QTEST(LineEditor::width(text), "columns");
     }
 
     void render_data()
@@ -54,8 +52,7 @@ private Q_SLOTS:
         QFETCH(QString, text);
         QFETCH(int, caret);
         QFETCH(int, columns);
-        QFETCH(QByteArray, bytes);
-        QCOMPARE(LineEditor::render(QStringLiteral("> "), text, caret, columns), bytes);
+        QTEST(LineEditor::render(QStringLiteral("> "), text, caret, columns), "bytes");
     }
 };
 
