@@ -9,21 +9,6 @@ using namespace tock;
 class AppModelUndoTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void toastUndoAfterAnUndoneNewerStepGoesThroughTheManager()
-    {
-        ModelFixture f;
-        f.set(0, 100);
-        f.m().reset(f.id(0));
-        f.m().moveTimer(f.id(2), 0);
-        f.undo.undo(); // the move is gone; the reset's step is on top again
-        f.m().undoToast();
-        QCOMPARE(f.elapsed(0), 100.0);
-        QCOMPARE(f.undo.redoMenuItemTitle(), "Redo Reset Timer");
-        QCOMPARE(f.undo.undoMenuItemTitle(), "Undo Set Time");
-        f.undo.redo();
-        QCOMPARE(f.elapsed(0), 0.0);
-    }
-
     void aStaleToastAfterTheMenuUndoIsANoOp()
     {
         ModelFixture f;
