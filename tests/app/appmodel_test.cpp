@@ -108,7 +108,6 @@ private Q_SLOTS:
     {
         table<QString, double, double, double, double>({"case", "from", "in", "out", "large"}, {
             {"smallest", 0.7, 0.8, 0.7, 1.1},
-            {"default", 0.8, 0.9, 0.7, 1.1},
             {"between steps", 0.85, 0.9, 0.8, 0.8},
             {"nearly on a step", 0.8005, 0.9, 0.7, 1.1},
             {"largest", 1.8, 1.8, 1.6, 0.8},
