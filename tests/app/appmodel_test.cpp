@@ -1,5 +1,5 @@
 // The model's actions and interface state: the edit mask around commits, swipes, zoom,
-// settings and names. Everything runs in virtual time.
+// settings, names and the undo toast. Everything runs in virtual time.
 #include "boardchangetext.h"
 #include "modelfixture.h"
 #include "table.h"
@@ -368,6 +368,37 @@ private Q_SLOTS:
         f.m().endSwipe(300);
         QVERIFY(!f.m().swipeID());
         QVERIFY(!f.m().revealedID());
+    }
+
+    // The menu's undo takes the toast with it; a toast undoes exactly its own action (the
+    // self-check runs the toast-order scenarios).
+    void aStaleToastAfterTheMenuUndoIsANoOp()
+    {
+        ModelFixture f;
+        f.set(0, 100);
+        f.m().reset(f.id(0));
+        f.undo.undo();
+        QVERIFY(!f.m().toast());
+        f.set(0, 7);
+        f.m().undoToast();
+        QCOMPARE(f.elapsed(0), 7.0);
+    }
+
+    void toastLivesTwelveSecondsAndANewerOneKeepsItsFullTime()
+    {
+        ModelFixture f(WithStore::no);
+        f.m().reset(f.id(0));
+        f.advance(11.5);
+        QVERIFY(f.m().toast());
+        f.advance(0.5);
+        QVERIFY(!f.m().toast());
+        f.m().reset(f.id(0));
+        f.advance(6);
+        f.m().reset(f.id(1));
+        f.advance(7); // 13 s after the first
+        QCOMPARE(f.m().toast()->entry.message(), QString::fromUtf8("Reset “B”"));
+        f.advance(5);
+        QVERIFY(!f.m().toast());
     }
 
     void deferredWorkDiesWithTheModel()
