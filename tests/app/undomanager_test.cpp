@@ -2,7 +2,6 @@
 #include "undomanager.h"
 
 #include <QSignalSpy>
-#include <QUuid>
 #include <QTest>
 
 using namespace tock;

@@ -6,12 +6,9 @@
 #include "zone.h"
 
 #include <QDateTime>
-#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
-
-#include <cstdlib>
 
 using namespace tock;
 

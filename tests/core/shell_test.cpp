@@ -3,7 +3,6 @@
 #include "shellhistory.h"
 #include "table.h"
 
-#include <QMetaType>
 #include <QTest>
 
 
