@@ -270,7 +270,6 @@ private slots:
             {"SH", "shell"},
             {"Neo Classic", "neo-classic"},
             {"neo", "ambiguous: neo-classic, neo-color"},
-            {"neo-c", "ambiguous: neo-classic, neo-color"},
             {"classic", u8"no style classic \u2014 neo-classic, neo-color, shell"},
         });
     }
@@ -376,7 +375,6 @@ private slots:
             {abc, {"u:t", "r: ", "d:now"}, {"c", "now"}},
             {abc, {"u:t", "r:d", "u:e", "d:d"}, {"c", "d", "e"}},
             {abc, {"u:one", "x", "d:z", "u:two", "d:c"}, {"c", "z", "c", "two"}},
-            {abc, {"u:", "u:", "x", "u:"}, {"c", "b", "c"}},
         });
     }
     void browsing()
