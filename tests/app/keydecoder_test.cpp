@@ -1,5 +1,8 @@
-// The key decoder over byte strings as terminals send them, whole and cut at every point.
+// The terminal's keys and line: the key decoder over byte strings as terminals send them, whole
+// and byte by byte; the prompt line's bytes: columns for wide and combined characters, the cursor
+// at the caret, and sideways scrolling when the line is wider than the terminal.
 #include "keydecoder.h"
+#include "lineeditor.h"
 #include "table.h"
 
 #include <QTest>
@@ -69,29 +72,18 @@ private Q_SLOTS:
         });
     }
 
-    // The same keys whether the bytes come at once, one by one, or cut at any single point.
+    // The same keys whether the bytes come at once or one by one.
     void decodes()
     {
         QFETCH(QByteArray, bytes);
         QFETCH(QList<KeyEvent>, keys);
-        {
-            KeyDecoder decoder;
-            QCOMPARE(describe(merged(decoder.feed(bytes))), describe(keys));
-            QVERIFY(!decoder.hasPending());
-        }
-        {
-            KeyDecoder decoder;
-            QList<KeyEvent> got;
-            for (const char byte : bytes)
-                got << decoder.feed(QByteArrayView(&byte, 1));
-            QCOMPARE(describe(merged(got)), describe(keys));
-        }
-        for (qsizetype cut = 1; cut < bytes.size(); ++cut) {
-            KeyDecoder decoder;
-            QList<KeyEvent> got = decoder.feed(bytes.left(cut));
-            got << decoder.feed(bytes.mid(cut));
-            QVERIFY2(describe(merged(got)) == describe(keys), qPrintable(QStringLiteral("cut at %1").arg(cut)));
-        }
+        KeyDecoder whole, single;
+        QCOMPARE(describe(merged(whole.feed(bytes))), describe(keys));
+        QVERIFY(!whole.hasPending());
+        QList<KeyEvent> got;
+        for (const char byte : bytes)
+            got << single.feed(QByteArrayView(&byte, 1));
+        QCOMPARE(describe(merged(got)), describe(keys));
     }
 
     // A sequence that never ends does not hold back the typing after it.
@@ -101,6 +93,50 @@ private Q_SLOTS:
         const QList<KeyEvent> keys = decoder.feed(QByteArray("\x1b[") + QByteArray(40, '1'));
         QCOMPARE(describe(merged(keys)), describe({KeyEvent{Key::text, QLatin1Char('[') + QString(40, QLatin1Char('1'))}}));
         QVERIFY(!decoder.hasPending());
+    }
+
+    void widths_data()
+    {
+        table<QString, QString, int>({"case", "text", "columns"}, {
+            {"accent, precomposed and combining", QStringLiteral("café cafe\u0301"), 9},
+            {"CJK", QStringLiteral("会議"), 4},
+            {"emoji", QStringLiteral("😀🚀"), 4},
+            {"emoji with skin tone is one", QStringLiteral("👍🏽"), 2},
+            {"family is one", QStringLiteral("👨‍👩‍👧"), 2},
+            {"flag", QStringLiteral("🇯🇵"), 2},
+            {"symbol asking for emoji", QStringLiteral("❤️"), 2},
+            {"plain symbol", QStringLiteral("❤ ·"), 3},
+        });
+    }
+    void widths()
+    {
+        QFETCH(QString, text);
+        QTEST(LineEditor::width(text), "columns");
+    }
+
+    void render_data()
+    {
+        table<QString, QString, int, int, QByteArray>({"case", "text", "caret", "columns", "bytes"}, {
+            {"empty", QString(), 0, 80, QByteArray("\r> \x1b[K\r\x1b[2C")},
+            {"caret at end", QStringLiteral("add"), 3, 80, QByteArray("\r> add\x1b[K\r\x1b[5C")},
+            {"caret inside", QStringLiteral("add"), 1, 80, QByteArray("\r> add\x1b[K\r\x1b[3C")},
+            {"caret beyond the end is clamped", QStringLiteral("ab"), 9, 80, QByteArray("\r> ab\x1b[K\r\x1b[4C")},
+            {"after wide characters", QStringLiteral("会議x"), 2, 80, QByteArray("\r> 会議x\x1b[K\r\x1b[6C")},
+            {"after an emoji cluster", QStringLiteral("👍🏽a"), 1, 80, QByteArray("\r> 👍🏽a\x1b[K\r\x1b[4C")},
+            {"after a combining accent", QStringLiteral("e\u0301x"), 1, 80, QByteArray("\r> e\u0301x\x1b[K\r\x1b[3C")},
+            // 10 columns: prompt 2, room 7 (the last column stays free).
+            {"long line, caret at start", QStringLiteral("abcdefghij"), 0, 10, QByteArray("\r> abcdefg\x1b[K\r\x1b[2C")},
+            {"long line, caret at end scrolls", QStringLiteral("abcdefghij"), 10, 10, QByteArray("\r> defghij\x1b[K\r\x1b[9C")},
+            {"wide character never split", QStringLiteral("会議会議会議"), 6, 10, QByteArray("\r> 議会議\x1b[K\r\x1b[8C")},
+            {"unknown width never scrolls", QStringLiteral("abcdefghij"), 10, 0, QByteArray("\r> abcdefghij\x1b[K\r\x1b[12C")},
+        });
+    }
+    void render()
+    {
+        QFETCH(QString, text);
+        QFETCH(int, caret);
+        QFETCH(int, columns);
+        QTEST(LineEditor::render(QStringLiteral("> "), text, caret, columns), "bytes");
     }
 };
 

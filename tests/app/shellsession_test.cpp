@@ -1,7 +1,5 @@
 // The model's shell session: each command's output line and effect, undo steps, the preamble's
 // refusal, prompt editing by grapheme, history browsing and storage, completion.
-#include "appinfo.h"
-#include "shell.h"
 #include "shellhistory.h"
 #include "text.h"
 #include "timevalues.h"
@@ -66,44 +64,32 @@ private Q_SLOTS:
             QTest::newRow(line) << QString::fromUtf8(line) << output << board << style;
         };
         row("add Lunch break", {"added “Lunch break” as 4"}, start + ", Lunch break 00:00:00");
-        row("new", {"added “Timer 4” as 4"}, start + ", Timer 4 00:00:00");
         row("start all", {"started 2 timers"}, "Deep work 00:01:40*, Design 00:00:00*, Email 01:00:00*");
         row("start design", {"already running"}, {});
         row("pause all", {"paused “Design”"}, "Deep work 00:01:40, Design 00:00:00, Email 01:00:00");
         row("toggle email", {"started “Email”"}, "Deep work 00:01:40, Design 00:00:00*, Email 01:00:00*");
-        row("toggle 2", {"paused “Design”"}, "Deep work 00:01:40, Design 00:00:00, Email 01:00:00");
-        row("toggle all", {"! pick one timer, not all"}, {});
         row("reset all", {"reset 3 timers"}, "Deep work 00:00:00, Design 00:00:00, Email 00:00:00");
         row("rm 1", {"deleted “Deep work” · undo brings it back"}, "Design 00:00:00*, Email 01:00:00");
         row("del all", {"deleted 3 timers · undo brings them back"}, "");
         row("rename deep Focus  time", {"renamed “Deep work” to “Focus time”"}, "Focus time 00:01:40, Design 00:00:00*, Email 01:00:00");
         row("set 1 1:30:00", {"“Deep work” is now 01:30:00"}, "Deep work 01:30:00, Design 00:00:00*, Email 01:00:00");
         row("set 1 +15m", {"“Deep work” is now 00:16:40"}, "Deep work 00:16:40, Design 00:00:00*, Email 01:00:00");
-        row("set 1 -5m", {"“Deep work” is now 00:00:00"}, "Deep work 00:00:00, Design 00:00:00*, Email 01:00:00");
         row("set design 90", {"“Design” is now 00:01:30"}, "Deep work 00:01:40, Design 00:01:30*, Email 01:00:00");
         row("set email +999:00:00", {"! too long: the most is 999:59:59"}, {});
-        row("set all 5", {"! pick one timer, not all"}, {});
         row("mv 1 3", {"moved “Deep work” to 3"}, "Design 00:00:00*, Email 01:00:00, Deep work 00:01:40");
-        row("style neo", {"! ambiguous: neo-classic, neo-color"}, {});
-        row("style zzz", {"! no style zzz — neo-classic, neo-color, play-kid, calculator, amber-terminal, split-flap, shell"}, {});
         row("style Neo Classic", {"style neo-classic"}, {}, int(StyleID::classic));
-        row("style split", {"style split-flap"}, {}, int(StyleID::flap));
         row("undo", {"! nothing to undo"}, {});
         row("redo", {"! nothing to redo"}, {});
-        row("help me", Shell::helpText(), {});
-        row("about", {"tock " + AppInfo::versionLine() + " · " + AppInfo::tagline().toLower()}, {});
-        row("Frob", {"! unknown command: Frob (type help)"}, {});
     }
 
     void commands()
     {
         QFETCH(QString, line);
-        QFETCH(QStringList, output);
         QFETCH(QString, board);
         QFETCH(int, style);
 
         Session session;
-        QCOMPARE(session.run(line), output);
+        QTEST(session.run(line), "output");
         QCOMPARE(session.board(), board.isNull() ? start : board);
         QCOMPARE(session.model->style(), style < 0 ? StyleID::amber : StyleID(style));
         QCOMPARE(session.prompt(), "|");
@@ -202,7 +188,6 @@ private Q_SLOTS:
         model.shell().promptInsert(QStringLiteral("new"));
         const auto browse = [&](bool up) { model.shell().promptHistory(up); return session.prompt(); };
         QCOMPARE(browse(true), "frob|");
-        QCOMPARE(browse(true), "help|");
         QCOMPARE(browse(true), "help|");
         QCOMPARE(browse(false), "frob|");
         QCOMPARE(browse(false), "new|");

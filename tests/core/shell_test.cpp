@@ -3,11 +3,8 @@
 #include "shellhistory.h"
 #include "table.h"
 
-#include <QMetaType>
 #include <QTest>
 
-#include <initializer_list>
-#include <tuple>
 
 namespace tock {
 
@@ -91,7 +88,6 @@ private slots:
             {"rename 2 \"Deep  work\"", {"rename", "2", "Deep  work"}},
             {"ab\"c d\"e", {"abc de"}},
             {"add ''", {"add", ""}},
-            {"'it'\"s\"", {"its"}},
             {u8"rm “Deep work”", {"rm", "Deep work"}},
             {u8"“a “b”", {u8"a “b"}}, // a left curly quote is plain inside
             {u8"”a “b”", {u8"a “b"}}, // a right curly quote closes itself
@@ -99,9 +95,7 @@ private slots:
             {u8"a \u0301b", {u8"a \u0301b"}},         // so is a space
             {u8"add 👩‍💻 x", {"add", u8"👩‍💻", "x"}},
             {"\"unterminated", {"missing closing quote"}},
-            {"rm 'a b", {"missing closing quote"}},
             {u8"“a“", {"missing closing quote"}},
-            {u8"a”b“", {"missing closing quote"}},
         });
     }
     void tokenize()
@@ -115,16 +109,14 @@ private slots:
         }
     }
 
-    // Every command word and alias, in the order of the cases, and the forms of a target.
+    // Each command word, an alias of some, and the forms of a target.
     void parse_data()
     {
         table<QString, ShellCommand>({"line", "command"}, {
             {"add", C{C::Add{}}},
             {"NEW \"\"", C{C::Add{""}}},
             {"add  my   timer", C{C::Add{"my timer"}}},
-            {"add \"my   timer\"", C{C::Add{"my   timer"}}},
             {"start 1", C{C::Start{T::number(1)}}},
-            {"play all", C{C::Start{T::all()}}},
             {"STOP Email", C{C::Pause{T::name("Email")}}},
             {"toggle all", C{C::Toggle{T::all()}}},
             {"reset ALL", C{C::Reset{T::all()}}},
@@ -135,17 +127,13 @@ private slots:
             {"rm 9223372036854775808", C{C::Remove{T::name("9223372036854775808")}}},
             {"rm \"\"", C{C::Remove{T::name("")}}},
             {"rm -2", C{C::Remove{T::name("-2")}}},
-            {"rm ++3", C{C::Remove{T::name("++3")}}},
             {"rm 007x", C{C::Remove{T::name("007x")}}},
             {u8"rm ٣", C{C::Remove{T::name(u8"٣")}}},
-            {u8"rm 3\u0301", C{C::Remove{T::name(u8"3\u0301")}}},
             {"del 3", C{C::Remove{T::number(3)}}},
-            {"Delete \"Deep work\"", C{C::Remove{T::name("Deep work")}}},
             {"rename 2 \"Deep  work\"", C{C::Rename{T::number(2), "Deep  work"}}},
             {"rename 2 Deep  work", C{C::Rename{T::number(2), "Deep work"}}},
             {"set work +15m", C{C::Set{T::name("work"), ShellTime::relative(900)}}},
             {"mv 1 +2", C{C::Move{T::number(1), 2}}},
-            {"move 2 1", C{C::Move{T::number(2), 1}}},
             {"style Neo   Classic", C{C::Style{"Neo Classic"}}},
             {"\"undo\"", C{C::Undo{}}},
             {"redo", C{C::Redo{}}},
@@ -153,9 +141,7 @@ private slots:
             {"help me \"now\"", C{C::Help{}}}, // help ignores its arguments
             {"? rm", C{C::Help{}}},
             {"exit", C{C::Exit{}}},
-            {"quit", C{C::Exit{}}},
             {"version", C{C::Version{}}},
-            {"about", C{C::Version{}}},
         });
     }
     void parse()
@@ -171,32 +157,24 @@ private slots:
         table<QString, QString>({"line", "message"}, {
             {"Frob x", "unknown command: Frob (type help)"},
             {"remove 1", "unknown command: remove (type help)"}, // the case name is no command word
-            {u8"ÄDD", u8"unknown command: ÄDD (type help)"},
             {"frob \"x", "missing closing quote"},
             {"start", "usage: start <timer|all>"},
             {"pause 1 2", "usage: pause <timer|all>"},
-            {"toggle 1 2", "usage: toggle <timer>"},
-            {"reset", "usage: reset <timer|all>"},
             {"del", "usage: rm <timer|all>"},
             {"rename 2", "usage: rename <timer> <name>"},
             {"set 1", "usage: set <timer> 1:30:00 | +15m | -5m"},
             {"set 1 5:60", "not a time: 5:60"},
-            {"set 1 1000:00:00", tooLong},
             {"mv 1 0", "usage: mv <timer> <position>"},
-            {"mv 1 all", "usage: mv <timer> <position>"},
-            {"move 1 -2", "usage: mv <timer> <position>"},
             {"mv 1 9223372036854775808", "usage: mv <timer> <position>"},
             {"style", "usage: style <name>"},
             {"undo \"\"", "usage: undo"}, // an empty argument counts
             {"exit now", "usage: exit"},
-            {"about me", "usage: version"},
         });
     }
     void parseFailure()
     {
         QFETCH(QString, line);
-        QFETCH(QString, message);
-        QCOMPARE(shellErrorOf([&] { Shell::parse(line); }), message);
+        QTEST(shellErrorOf([&] { Shell::parse(line); }), "message");
     }
 
     // A time as "90" (absolute) or "+90" (relative), else the error message.
@@ -222,15 +200,12 @@ private slots:
             {"1h-5m", "not a time: 1h-5m"},
             {"1h30", "not a time: 1h30"},
             {"m5", "not a time: m5"},
-            {"1w", "not a time: 1w"},
             {u8"٣٠", u8"not a time: ٣٠"},
-            {u8"1\u0301h", u8"not a time: 1\u0301h"},
             {"99999999999999999999:00", "not a time: 99999999999999999999:00"},
             {"1000:00:00", tooLong},
             {"3600000", tooLong},
             {"1000h", tooLong},
             {"99999999999999999999", tooLong},
-            {"99999999999999999999h", tooLong},
             {"9223372036854775807d", tooLong},
             {"9223372036854775807s1s", tooLong},
             {"9223372036854775807:00", tooLong},
@@ -264,13 +239,10 @@ private slots:
             {{u8"Caf\u00E9"}, T::name(u8"cafe\u0301"), no, u8"Caf\u00E9"},
             {{u8"Cafe\u0301 au lait"}, T::name(u8"caf\u00E9"), no, u8"Cafe\u0301 au lait"},
             {three, T::number(4), yes, "no timer 4"},
-            {three, T::number(INT64_MAX), yes, "no timer 9223372036854775807"},
             {{}, T::all(), no, "pick one timer, not all"},
             {{}, T::all(), yes, "no timers"},
             {three, T::name("X"), yes, "no timer named X"},
-            {{}, T::name(""), yes, "no timer named "},
             {three, T::name("de"), yes, "ambiguous: Deep work, Design"},
-            {three, T::name(""), yes, "ambiguous: Deep work, Design, Email"},
             {{u8"Cafe\u0301"}, T::name("cafe"), yes, "no timer named cafe"}, // whole characters only
         });
     }
@@ -298,7 +270,6 @@ private slots:
             {"SH", "shell"},
             {"Neo Classic", "neo-classic"},
             {"neo", "ambiguous: neo-classic, neo-color"},
-            {"neo-c", "ambiguous: neo-classic, neo-color"},
             {"classic", u8"no style classic \u2014 neo-classic, neo-color, shell"},
         });
     }
@@ -332,12 +303,9 @@ private slots:
             {"rm \"deep w\"", three, "rm \"Deep work\" "},
             {"rm 'deep w'", three, "rm 'deep \"Deep work\" "}, // single quotes are plain here
             {"rm AL", three, "rm all "},
-            {"DEL e", three, "DEL Email "},
             {"rename 1 x", three, "-"},
-            {"add x", three, "-"},
             {"style cl", three, "style classic "},
             {"style x co", three, "style x color "},
-            {"rm zz", three, "-"},
             {u8"rm cafe\u0301", {u8"Caf\u00E9 au lait"}, u8"rm \"Caf\u00E9 au lait\" "},
             {"rm cafe", {u8"Caf\u00E9"}, "-"},
             {u8"rm 👩", {u8"👩‍💻 code"}, "-"},
@@ -349,9 +317,8 @@ private slots:
     {
         QFETCH(QString, line);
         QFETCH(QStringList, names);
-        QFETCH(QString, expected);
         const QStringList styles{"classic", "color", "gameboy", "braun", "amber", "flap", "shell"};
-        QCOMPARE(Shell::complete(line, names, styles).value_or("-"), expected);
+        QTEST(Shell::complete(line, names, styles).value_or("-"), "expected");
     }
 
     void rawLength()
@@ -372,7 +339,6 @@ private slots:
             {{}, {"", " \t ", "\tadd  x \t"}, 50, {"add  x"}},
             {{}, {"a\n", "\na"}, 50, {"a\n", "\na"}},
             {{"a"}, {"b", "c"}, 2, {"b", "c"}},
-            {{}, {"a"}, 0, {}},
         });
     }
     void record()
@@ -409,14 +375,12 @@ private slots:
             {abc, {"u:t", "r: ", "d:now"}, {"c", "now"}},
             {abc, {"u:t", "r:d", "u:e", "d:d"}, {"c", "d", "e"}},
             {abc, {"u:one", "x", "d:z", "u:two", "d:c"}, {"c", "z", "c", "two"}},
-            {abc, {"u:", "u:", "x", "u:"}, {"c", "b", "c"}},
         });
     }
     void browsing()
     {
         QFETCH(QStringList, entries);
         QFETCH(QStringList, steps);
-        QFETCH(QStringList, results);
         ShellHistory history(entries);
         QStringList returned;
         for (const QString &step : steps) {
@@ -429,7 +393,7 @@ private slots:
             else
                 history.resetBrowsing();
         }
-        QCOMPARE(returned, results);
+        QTEST(returned, "results");
     }
 };
 

