@@ -201,6 +201,9 @@ private slots:
             QVERIFY(line.size() <= 80);
         const Report nothing = Report::build(ReportRange::parse({}, QDate(2026, 11, 25), Qt::Monday), {}, {}, {}, 0);
         QCOMPARE(nothing.text(), QStringLiteral("Wednesday 2026-11-25\nnothing recorded\n"));
+        // A day that an edit made longer than 99 hours stays apart from the day before it.
+        const Report heavy = Report::build(week, {}, {{focus, at("2026-11-24T12:00:00"), 150 * 3600.0}}, timers, 0);
+        QVERIFY(heavy.text().contains(QStringLiteral("     - 150:00     -")));
     }
 
     // Instants in local time with their offset, on both sides of each daylight-saving change.
