@@ -90,6 +90,7 @@ private:
     int64_t from_ = 1, to_ = 0; // the stretch [from_, to_) in seconds that offset_ holds for
     int offset_ = 0;
 };
+
 // "h:mm:ss" with at least two digits of hours, a leading "-" when negative; whole seconds.
 QString reportDuration(double seconds);
 
