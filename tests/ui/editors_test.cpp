@@ -10,14 +10,12 @@
 #include "modelfixture.h"
 #include "namefield.h"
 #include "table.h"
-#include "terminalcursor.h"
 #include "theme.h"
 
 #include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QLineEdit>
-#include <QPainter>
 #include <QVBoxLayout>
 #include <QtTest>
 
@@ -366,29 +364,6 @@ private Q_SLOTS:
         const QRect minutes = s.mask->fieldRect(TimeField::minutes);
         QVERIFY(!invalid.isEmpty());
         QVERIFY(invalid.first() >= minutes.left() && invalid.last() <= minutes.right());
-    }
-
-    void blockCaretHollowWhenInactive_data()
-    {
-        table<bool>({"active"}, {{true}, {false}});
-    }
-
-    void blockCaretHollowWhenInactive()
-    {
-        QFETCH(bool, active);
-        // Drawn at twice the size, as on a high-density screen.
-        QImage image(40, 40, QImage::Format_ARGB32_Premultiplied);
-        image.setDevicePixelRatio(2);
-        image.fill(Qt::transparent);
-        QPainter painter(&image);
-        const QRectF cell(QPointF(2, 2), CursorCharacter::cellSize);
-        TerminalCursor::paint(painter, cell, Qt::red, active);
-        painter.end();
-        // The outline lies inside the cell: nothing outside it, its edge pixels coloured.
-        QCOMPARE(image.pixelColor(2, 2), QColor(Qt::transparent));
-        QCOMPARE(image.pixelColor(5, 5), QColor(Qt::red));
-        QCOMPARE(image.pixelColor(5, 35), QColor(Qt::red));
-        QCOMPARE(image.pixelColor(12, 18), active ? QColor(Qt::red) : QColor(Qt::transparent));
     }
 };
 
