@@ -1,9 +1,8 @@
 // Input against real widgets on a model in virtual time: the prompt's key table and the routing
 // of keys between the prompt, the editors, the rows and the shortcuts; scroll sequences, with and
-// without phases, turned into swipes (real wheel events on a window, where a swallowed scroll
-// never reaches the views); and mouse drags on the rows of a real window: up and down reorder
-// (the others making room while dragging), left swipes, a press elsewhere closes the reveal, and
-// a plain click on a name still renames.
+// without phases, turned into swipes; and mouse drags on the rows of a real window: up and down
+// reorder (the others making room while dragging), left swipes, a press elsewhere closes the
+// reveal, and a plain click on a name still renames.
 #include "gesturerouter.h"
 #include "keyrouter.h"
 #include "keys.h"
@@ -25,19 +24,6 @@ using namespace tock;
 using namespace tock::testing;
 
 namespace {
-
-// Counts the scrolls that got through to the views.
-class Sink : public QWidget {
-public:
-    int wheels = 0;
-
-protected:
-    void wheelEvent(QWheelEvent *event) override
-    {
-        ++wheels;
-        event->accept();
-    }
-};
 
 using Phase = GestureRouter::Phase;
 
@@ -244,55 +230,6 @@ private Q_SLOTS:
         QTEST(int(f.count()), "timers");
         QCOMPARE(m.revealedID(), revealed < 0 ? std::optional<QUuid>() : std::optional<QUuid>(ids.at(revealed)));
         QVERIFY(!m.swipeID());
-    }
-
-    // Real wheel events sent to the window: a swiping scroll is swallowed, a vertical one reaches
-    // the views; a phaseless burst ends on its own timer; undo brings a swiped-away row back.
-    void wheelEventsOnWindow()
-    {
-        ModelFixture f(WithStore::no);
-        AppModel &m = f.m();
-        Sink window;
-        window.resize(300, 200);
-        GestureRouter router(&m);
-        router.setRowWidth([] { return 300.0; });
-        router.attach(&window);
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        QWindow *handle = window.windowHandle();
-        const QPointF at(50, 50);
-        const auto send = [&](Qt::ScrollPhase phase, QPoint pixels, QPoint angle = {}) {
-            QWheelEvent event(at, window.mapToGlobal(at), pixels, angle, Qt::NoButton, Qt::NoModifier, phase, false);
-            QCoreApplication::sendEvent(handle, &event);
-        };
-
-        m.setHoveredID(f.id(0));
-        const QString name = f.timer(0).name;
-        send(Qt::ScrollBegin, {});
-        send(Qt::ScrollUpdate, {200, 0});
-        send(Qt::ScrollEnd, {});
-        QCOMPARE(window.wheels, 1); // only the beginning got through
-        f.advance(1);
-        QCOMPARE(f.count(), qsizetype(2));
-        m.undoManager().undo();
-        QCOMPARE(f.count(), qsizetype(3));
-        QCOMPARE(f.timer(0).name, name);
-
-        window.wheels = 0;
-        send(Qt::ScrollBegin, {});
-        send(Qt::ScrollUpdate, {0, 40});
-        send(Qt::ScrollEnd, {});
-        QCOMPARE(window.wheels, 3);
-
-        // A tilted wheel: two notches to the left, then the burst times out by itself.
-        window.wheels = 0;
-        m.setHoveredID(f.id(1));
-        send(Qt::NoScrollPhase, {}, {120, 0});
-        send(Qt::NoScrollPhase, {}, {120, 0});
-        QCOMPARE(window.wheels, 0);
-        QVERIFY(router.inBurst());
-        QTRY_VERIFY_WITH_TIMEOUT(!router.inBurst(), 2000);
-        QCOMPARE(m.revealedID(), f.id(1));
     }
 
     void drags_data()
