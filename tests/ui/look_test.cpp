@@ -367,51 +367,6 @@ private Q_SLOTS:
         }
     }
 
-    // Drawn into a frame, each glyph inks pixels there and nowhere outside it (its stroke may
-    // stand half its width past the frame).
-    void vectorGlyphsStayInTheirBox()
-    {
-        for (IconName name : allIconNames()) {
-            const auto [fill, stroke] = VectorIcon::paths(name);
-            QVERIFY2(!fill.isEmpty() || !stroke.isEmpty(), qPrintable(iconRawValue(name)));
-            QImage image = blank(QSize(30, 30), 2);
-            QPainter painter(&image);
-            VectorIcon::paint(painter, name, QRectF(8, 8, 14, 14), Qt::black);
-            painter.end();
-            int inside = 0;
-            for (int y = 0; y < image.height(); ++y) {
-                for (int x = 0; x < image.width(); ++x) {
-                    if (image.pixel(x, y) == white)
-                        continue;
-                    const QPointF p(x / 2.0, y / 2.0);
-                    QVERIFY2(QRectF(7, 7, 16, 16).contains(p), qPrintable(iconRawValue(name)));
-                    ++inside;
-                }
-            }
-            QVERIFY(inside > 20);
-        }
-    }
-
-    void wordsFollowTheTheme()
-    {
-        QCOMPARE(Icon::text(IconName::play, Theme::amber()), QStringLiteral("[start]"));
-        QCOMPARE(Icon::naturalWidth(IconName::play, Theme::classic()), Theme::classic().iconSize);
-        const qreal plain = Icon::naturalWidth(IconName::play, Theme::shell());
-        QCOMPARE(plain, QFontMetricsF(Theme::shell().labelFont).horizontalAdvance("start"));
-        QVERIFY(Icon::naturalWidth(IconName::minimize, Theme::shell()) < plain);
-
-        // A word is not clipped by a frame narrower than itself.
-        QImage image = blank(QSize(80, 20), 1);
-        QPainter painter(&image);
-        Icon::paint(painter, IconName::styles, Theme::shell(), QRectF(35, 2, 10, 16), Qt::black);
-        painter.end();
-        bool inkedOutsideFrame = false;
-        for (int y = 0; y < 20 && !inkedOutsideFrame; ++y)
-            for (int x = 0; x < 30; ++x)
-                inkedOutsideFrame = inkedOutsideFrame || image.pixel(x, y) != white;
-        QVERIFY(inkedOutsideFrame);
-    }
-
     void overlaysStayInTheirAreaAndLineUp_data()
     {
         table<QString, bool, qreal, qreal>({"case", "grid", "zoom", "dpr"}, {
