@@ -1,7 +1,7 @@
 // The editors against real widgets in an active offscreen window, on a model without a store.
 // The name field: how a rename starts and ends, the model's say on starting one, focus for a new
 // timer, and the label text. The time mask: its key table, what a screen reader finds, clicks,
-// refocusing, the blink rule and the invalid colours.
+// refocusing and the blink rule.
 #include "accessibility.h"
 #include "cursorblink.h"
 #include "editmask.h"
@@ -10,7 +10,6 @@
 #include "modelfixture.h"
 #include "namefield.h"
 #include "table.h"
-#include "theme.h"
 
 #include <QAccessible>
 #include <QAction>
@@ -345,25 +344,6 @@ private Q_SLOTS:
         MaskScene steady(StyleID::gameboy);
         QVERIFY(steady.ready());
         QVERIFY(!steady.mask->findChild<CursorBlink *>()->isBlinking());
-    }
-
-    void invalidFieldUsesInvalidColours()
-    {
-        MaskScene s;
-        TimeEditDraft draft = *s.f.m().draft();
-        draft.set(TimeField::minutes, QStringLiteral("75"));
-        s.f.m().setDraft(draft);
-        QImage image(s.mask->size(), QImage::Format_ARGB32_Premultiplied);
-        image.fill(Qt::transparent);
-        s.mask->render(&image);
-        // Along the middle line the invalid fill lies in the minutes' box alone.
-        QList<int> invalid;
-        for (int x = 0; x < image.width(); ++x)
-            if (image.pixelColor(x, image.height() / 2) == Theme::classic().invalidFill)
-                invalid << x;
-        const QRect minutes = s.mask->fieldRect(TimeField::minutes);
-        QVERIFY(!invalid.isEmpty());
-        QVERIFY(invalid.first() >= minutes.left() && invalid.last() <= minutes.right());
     }
 };
 
