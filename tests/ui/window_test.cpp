@@ -338,15 +338,6 @@ private Q_SLOTS:
         QTRY_COMPARE(w.window->height(), tall);
     }
 
-    void closingPausesEveryTimer()
-    {
-        Window w(WithStore::yes);
-        w.f.m().toggle(w.f.id(1));
-        click(w.root()->titleBar()->windowButtons()->button(WindowButton::Action::close));
-        QVERIFY(!w.window->isVisible());
-        QVERIFY(!w.f.timer(1).isRunning());
-    }
-
     void theAddButtonGetsItsLabelBackWhenTheToastGoes()
     {
         Window w(WithStore::yes);
