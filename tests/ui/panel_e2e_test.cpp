@@ -84,20 +84,12 @@ private Q_SLOTS:
             QSKIP("needs Xvfb, xdotool, dbus-daemon, python3-dbus and python3-gi (scripts/deps installs them)");
 
         env_ = QProcessEnvironment::systemEnvironment();
-        const QString display = startXvfb(xvfb_, xvfb);
-        QVERIFY(!display.isEmpty());
+        QVERIFY(startXvfb(xvfb_, xvfb, env_));
         const QString address = firstLine(bus_, daemon, {"--session", "--nofork", "--print-address=1"});
         QVERIFY2(!address.isEmpty(), bus_.readAllStandardError().constData());
 
-        env_.remove("QT_QPA_PLATFORM");
-        env_.insert("DISPLAY", display);
         env_.insert("DBUS_SESSION_BUS_ADDRESS", address);
-        env_.insert("TOCK_DATA_DIR", home_.path() + "/data");
-        env_.insert("XDG_CONFIG_HOME", home_.path() + "/config");
-        const QString run = home_.path() + "/run";
-        QDir().mkpath(run);
-        QFile(run).setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-        env_.insert("XDG_RUNTIME_DIR", run);
+        useHome(env_, home_.path());
         // The message-bus library keeps a buffer to the end, and Qt's D-Bus module keeps the
         // description it read of the panel's watcher (136 bytes) in its connection, which Qt
         // never frees; neither is Tock's to answer for. Whole call stacks let the second be
