@@ -3,17 +3,6 @@
 // Skipped where Xvfb, xdotool, dbus-daemon or Python's D-Bus and GLib bindings are missing.
 #include "run.h"
 
-#include <QDir>
-#include <QElapsedTimer>
-#include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QStandardPaths>
-#include <QTemporaryDir>
-#include <QTemporaryFile>
 #include <QtTest>
 
 using namespace tock::testing;

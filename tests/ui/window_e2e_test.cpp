@@ -11,10 +11,7 @@
 #include "timerrow.h"
 #include "tockwindow.h"
 
-#include <QDir>
 #include <QLocalSocket>
-#include <QStandardPaths>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <unistd.h>

@@ -30,8 +30,6 @@
 #include <QApplication>
 #include <QPaintEvent>
 #include <QScreen>
-#include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <memory>
