@@ -9,14 +9,13 @@ using namespace tock::testing;
 
 namespace {
 
-// Starts `program` and waits for its first line on standard output; empty on failure.
-QString firstLine(QProcess &process, const QString &program, const QStringList &arguments)
+// The next line `process` writes on standard output; empty when none comes in time.
+QByteArray nextLine(QProcess &process, int ms = 20000)
 {
-    process.start(program, arguments);
-    QDeadlineTimer deadline(20000);
+    QDeadlineTimer deadline(ms);
     while (!process.canReadLine() && process.waitForReadyRead(int(deadline.remainingTime()))) {
     }
-    return QString::fromUtf8(process.readLine()).trimmed();
+    return process.readLine().trimmed();
 }
 
 } // namespace
@@ -38,11 +37,7 @@ private:
     QJsonValue ask(const QString &command)
     {
         panel_.write(command.toUtf8() + '\n');
-        QDeadlineTimer deadline(15000);
-        while (!panel_.canReadLine() && panel_.waitForReadyRead(int(deadline.remainingTime()))) {
-        }
-        const QByteArray line = panel_.readLine();
-        return QJsonDocument::fromJson("[" + line + "]").array().at(0);
+        return QJsonDocument::fromJson("[" + nextLine(panel_, 15000) + "]").array().at(0);
     }
     QJsonObject item() { return ask("item").toObject(); }
     QString tooltip() { return ask("tooltip").toArray().at(0).toString(); }
@@ -74,7 +69,8 @@ private Q_SLOTS:
 
         env_ = QProcessEnvironment::systemEnvironment();
         QVERIFY(startXvfb(xvfb_, xvfb, env_));
-        const QString address = firstLine(bus_, daemon, {"--session", "--nofork", "--print-address=1"});
+        bus_.start(daemon, {"--session", "--nofork", "--print-address=1"});
+        const QString address = nextLine(bus_);
         QVERIFY2(!address.isEmpty(), bus_.readAllStandardError().constData());
 
         env_.insert("DBUS_SESSION_BUS_ADDRESS", address);
@@ -87,7 +83,8 @@ private Q_SLOTS:
         env_.insert("LSAN_OPTIONS", env_.value("LSAN_OPTIONS") + ":fast_unwind_on_malloc=0");
 
         panel_.setProcessEnvironment(env_);
-        QCOMPARE(firstLine(panel_, python, {QStringLiteral(TOCK_PANEL_HOST)}), QString("\"ready\""));
+        panel_.start(python, {QStringLiteral(TOCK_PANEL_HOST)});
+        QCOMPARE(nextLine(panel_), QByteArray("\"ready\""));
     }
 
     void cleanupTestCase()
