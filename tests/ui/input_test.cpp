@@ -42,7 +42,6 @@ private Q_SLOTS:
         table<QString, QString, bool, QString, QString, bool, bool>(
             {"case", "line", "output", "key", "after", "outputAfter", "consumed"}, {
             {"C-c clears the line", "a|b", true, "C-c", "|", true, true},
-            {"C-u clears the line", "ab|", false, "C-u", "|", false, true},
             {"C-l clears the output", "a|b", true, "C-l", "a|b", false, true},
             {"C-a to the start", "ab|", false, "C-a", "|ab", false, true},
             {"C-e to the end", "|ab", false, "C-e", "ab|", false, true},
@@ -52,7 +51,6 @@ private Q_SLOTS:
             {"paste inserts one line", "a|b", false, "M-v", "ax y|b", false, true},
             {"alt key passes", "ab|", false, "A-x", "ab|", false, false},
             {"return runs", "help|", false, "Ret", "|", true, true},
-            {"keypad enter runs", "help|", false, "Enter", "|", true, true},
             {"return on empty passes", "|", true, "Ret", "|", true, false},
             {"tab completes", "hel|", false, "Tab", "help |", false, true},
             {"backspace", "ab|", false, "BS", "a|", false, true},
