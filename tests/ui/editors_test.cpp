@@ -171,7 +171,6 @@ private Q_SLOTS:
     {
         table<QString, QString, QString>({"case", "name", "shown"}, {
             {"empty is untitled", "", "Untitled"},
-            {"long is elided", QString(200, 'W'), "…"},
             {"huge is elided", QString(200000, QChar(0x05D0)), "…"},
             {"emoji is elided", QString::fromUtf8("🙂").repeated(5000), "…"},
         });
@@ -229,9 +228,8 @@ private Q_SLOTS:
         table<QString, QString, int, double, int, int, int>(
             {"keys", "texts", "field", "seconds", "beeps", "passed", "undos"}, {
                 {"1 2 3 4 5", "123|45|05", 2, 3725.0, 0, 0, 0}, // digits fill and advance
-                {"7 : 3", "7|3|05", 1, 3725.0, 0, 0, 0}, // separator moves on
                 // Commit and cancel.
-                {"7 : 3 Ret", "closed", 1, 25385.0, 0, 0, 0}, // return commits
+                {"7 : 3 Ret", "closed", 1, 25385.0, 0, 0, 0}, // separator on, return commits
                 {"5 Enter", "closed", 0, 18125.0, 0, 0, 0}, // keypad enter commits
                 {"5 Ret 7", "closed", 0, 18125.0, 0, 1, 0}, // closed mask lets keys pass
                 {"9 9 Esc", "closed", 0, 3725.0, 0, 0, 0}, // escape cancels
