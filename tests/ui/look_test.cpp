@@ -307,7 +307,6 @@ private Q_SLOTS:
         for (IconName name : allIconNames())
             QTest::newRow(qPrintable(iconRawValue(name))) << PixelIcon::rows(name);
         QTest::newRow("ragged rows") << QStringList{"#", "###", "", "..#"};
-        QTest::newRow("a block") << QStringList{"###", "###"};
         QTest::newRow("stacked runs that differ") << QStringList{"##..", "###.", "##.."};
     }
 
