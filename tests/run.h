@@ -1,8 +1,9 @@
 // Other programs for the tests that start them: the real executable run to its end, the timers
-// it saved, a virtual display, and stopping what a test started.
+// it saved, a virtual display, folders of their own, and stopping what a test started.
 #pragma once
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -79,13 +80,14 @@ inline void stop(QProcess &p)
     }
 }
 
-// Starts Xvfb on a display number it picks itself and returns its name (":N") once the server
-// takes connections (it says so by printing the number); empty when it did not come.
-inline QString startXvfb(QProcess &xvfb, const QString &program)
+// Starts Xvfb on a display number it picks itself and, once the server takes connections (it
+// says so by printing the number), points `environment` at it instead of the offscreen platform;
+// false when it did not come.
+inline bool startXvfb(QProcess &xvfb, const QString &program, QProcessEnvironment &environment)
 {
     xvfb.start(program, {"-displayfd", "1", "-noreset", "-screen", "0", "1024x768x24", "-nolisten", "tcp"});
     if (!xvfb.waitForStarted())
-        return QString();
+        return false;
     QByteArray said;
     (void)QTest::qWaitFor([&] {
         said += xvfb.readAllStandardOutput();
@@ -93,7 +95,21 @@ inline QString startXvfb(QProcess &xvfb, const QString &program)
     }, 20000);
     bool ok = false;
     const int display = said.trimmed().toInt(&ok);
-    return ok && xvfb.state() == QProcess::Running ? QStringLiteral(":%1").arg(display) : QString();
+    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    environment.insert(QStringLiteral("DISPLAY"), QStringLiteral(":%1").arg(display));
+    return ok && xvfb.state() == QProcess::Running;
+}
+
+// Gives the programs started with `environment` folders of their own under `home`: the data,
+// the settings, and a private runtime folder for the control socket.
+inline void useHome(QProcessEnvironment &environment, const QString &home)
+{
+    environment.insert(QStringLiteral("TOCK_DATA_DIR"), home + QStringLiteral("/data"));
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home + QStringLiteral("/config"));
+    const QString runtime = home + QStringLiteral("/run");
+    QDir().mkpath(runtime);
+    QFile(runtime).setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime);
 }
 
 // Leaks the leak checker should not blame on Tock (libraries that keep buffers to the end), for

@@ -1,12 +1,11 @@
 // Split-flap tiles in virtual time: how long a flip lasts, when it settles and on what, that
-// nothing animates without a change, that a vanished tile is left alone, that a falling leaf is
-// drawn in perspective, and that a flip repaints only its own tile.
+// nothing animates without a change, that a vanished tile is left alone, and that a flip repaints
+// only its own tile.
 #include "flapclock.h"
 #include "flaptext.h"
 #include "flaptile.h"
 #include "table.h"
 
-#include <QImage>
 #include <QPaintEvent>
 #include <QTest>
 
@@ -199,57 +198,6 @@ private Q_SLOTS:
         QTRY_VERIFY(!log.painted.isEmpty());
         const QRect flipping = text->tile(3)->paintRect();
         QCOMPARE(log.painted.boundingRect().united(flipping), flipping);
-    }
-
-    // A third of the way down, the falling leaf's outer edge comes towards the eye and stands
-    // out past the tile's sides; at rest nothing does.
-    void aFallingLeafIsSeenInPerspective()
-    {
-        VirtualFlap v;
-        QWidget window;
-        auto *text = new FlapText(&v.clock, &window);
-        text->setText(QStringLiteral("0"));
-        window.resize(text->sizeHint());
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        const QRectF tile = text->tile(0)->geometry();
-        const auto outside = [&] {
-            QImage image(text->size(), QImage::Format_ARGB32_Premultiplied);
-            image.fill(Qt::transparent);
-            text->render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
-            int lit = 0;
-            for (int y = int(tile.top()); y < int(tile.bottom()); ++y)
-                lit += qAlpha(image.pixel(int(tile.left()) - 1, y)) > 0 ? 1 : 0;
-            return lit;
-        };
-        QCOMPARE(outside(), 0);
-        text->setText(QStringLiteral("1"));
-        v.frameAt(v.t + 0.08);
-        QVERIFY(text->tile(0)->isFlipping());
-        QVERIFY(outside() > 0);
-        v.frameAt(v.t + 1);
-        QVERIFY(!text->tile(0)->isFlipping());
-        QCOMPARE(outside(), 0);
-    }
-
-    // Faces are rendered once per character, size and pixel ratio, and again at a new ratio so
-    // a tile moved to a sharper screen stays crisp.
-    void facesAreRenderedOncePerPixelRatio()
-    {
-        VirtualFlap v;
-        FlapText text(&v.clock);
-        text.setText(QStringLiteral("AB:BA"));
-        text.resize(text.sizeHint());
-        auto render = [&](qreal dpr) {
-            const int before = FlapTile::renderedFaceCount();
-            QImage image(text.size() * dpr, QImage::Format_ARGB32_Premultiplied);
-            image.setDevicePixelRatio(dpr);
-            text.render(&image);
-            return FlapTile::renderedFaceCount() - before;
-        };
-        QCOMPARE(render(1), 2);
-        QCOMPARE(render(1), 0);
-        QCOMPARE(render(2), 2);
     }
 
     // The real clock's timer drives a flip to its end and then stops: an idle row costs nothing.

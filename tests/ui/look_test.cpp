@@ -1,32 +1,27 @@
 // The look: the seven themes (consistent in their tints and fonts, and readable), the
-// bundled fonts, the icons, and the shapes, separators and overlays.
+// bundled fonts, the icons and the overlays.
 //
 // Every text the views draw is measured against the ground it is drawn on: WCAG 2.2 AA asks
 // 4.5:1 for small text and 3:1 for large text, and 3:1 for the focus mark against what surrounds
 // it. Translucent fills are laid over what lies beneath them, as the window shows them. The grid
-// fonts cover every character Tock writes, stay on whole pixels and leave the rest to fallback.
+// fonts cover every character Tock writes and stay on whole pixels.
 #include "fontloader.h"
 #include "icons.h"
 #include "overlays.h"
-#include "shapes.h"
 #include "styles.h"
 #include "table.h"
 #include "theme.h"
 
-#include <QFontDatabase>
 #include <QFontMetricsF>
 #include <QImage>
 #include <QPainter>
 #include <QRawFont>
-#include <QTextLayout>
 #include <QtTest>
 
 #include <cmath>
 
 using namespace tock;
 using namespace tock::testing;
-
-using Runs = QList<std::pair<int, int>>;
 
 namespace {
 
@@ -168,21 +163,6 @@ QImage blank(QSize size, qreal dpr = 1)
     return image;
 }
 
-// The runs of non-white pixels along row y, as [start, end) spans.
-Runs inkRuns(const QImage &image, int y)
-{
-    Runs runs;
-    for (int x = 0; x < image.width(); ++x) {
-        if (image.pixel(x, y) == white)
-            continue;
-        if (!runs.isEmpty() && runs.last().second == x)
-            runs.last().second = x + 1;
-        else
-            runs.append({x, x + 1});
-    }
-    return runs;
-}
-
 } // namespace
 
 class LookTest : public QObject {
@@ -260,36 +240,6 @@ private Q_SLOTS:
         QVERIFY(inked > 100);
     }
 
-    // Names may be in any script; what the grid fonts lack comes from a face that has it.
-    void missingCharactersFallBack_data()
-    {
-        table<QString, QString, QFontDatabase::WritingSystem>({"family", "text", "script"}, {
-            {"TockPixel", "é", QFontDatabase::Latin},
-            {"TockTerm", "Ж", QFontDatabase::Cyrillic},
-            {"TockPixel", "日本", QFontDatabase::Japanese},
-        });
-    }
-    void missingCharactersFallBack()
-    {
-        QFETCH(QString, family);
-        QFETCH(QString, text);
-        QFETCH(QFontDatabase::WritingSystem, script);
-        const QStringList others = QFontDatabase::families(script);
-        if (others.isEmpty() || (others.size() == 1 && others.first() == family))
-            QSKIP("no installed face has these characters");
-
-        QTextLayout layout(QStringLiteral("A") + text, gridFont(family, 16));
-        layout.beginLayout();
-        layout.createLine();
-        layout.endLayout();
-        bool fellBack = false;
-        for (const QGlyphRun &run : layout.glyphRuns()) {
-            QVERIFY2(!run.glyphIndexes().contains(0), "a missing-glyph box was drawn");
-            fellBack |= run.rawFont().familyName() != family;
-        }
-        QVERIFY(fellBack);
-    }
-
     // A dark theme is dark, the fonts are sized, the tints take turns (wrapping after the last;
     // untinted rows keep the one fill), and every text is readable.
     void eachTheme_data() { styleRows(); }
@@ -357,7 +307,6 @@ private Q_SLOTS:
         for (IconName name : allIconNames())
             QTest::newRow(qPrintable(iconRawValue(name))) << PixelIcon::rows(name);
         QTest::newRow("ragged rows") << QStringList{"#", "###", "", "..#"};
-        QTest::newRow("a block") << QStringList{"###", "###"};
         QTest::newRow("stacked runs that differ") << QStringList{"##..", "###.", "##.."};
     }
 
@@ -415,139 +364,6 @@ private Q_SLOTS:
             const int deviceCell = std::max(1, qRound(2 * zoom * dpr));
             QCOMPARE(inked, litCells(PixelIcon::rows(name)) * deviceCell * deviceCell);
         }
-    }
-
-    // Drawn into a frame, each glyph inks pixels there and nowhere outside it (its stroke may
-    // stand half its width past the frame).
-    void vectorGlyphsStayInTheirBox()
-    {
-        for (IconName name : allIconNames()) {
-            const auto [fill, stroke] = VectorIcon::paths(name);
-            QVERIFY2(!fill.isEmpty() || !stroke.isEmpty(), qPrintable(iconRawValue(name)));
-            QImage image = blank(QSize(30, 30), 2);
-            QPainter painter(&image);
-            VectorIcon::paint(painter, name, QRectF(8, 8, 14, 14), Qt::black);
-            painter.end();
-            int inside = 0;
-            for (int y = 0; y < image.height(); ++y) {
-                for (int x = 0; x < image.width(); ++x) {
-                    if (image.pixel(x, y) == white)
-                        continue;
-                    const QPointF p(x / 2.0, y / 2.0);
-                    QVERIFY2(QRectF(7, 7, 16, 16).contains(p), qPrintable(iconRawValue(name)));
-                    ++inside;
-                }
-            }
-            QVERIFY(inside > 20);
-        }
-    }
-
-    void wordsFollowTheTheme()
-    {
-        QCOMPARE(Icon::text(IconName::play, Theme::amber()), QStringLiteral("[start]"));
-        QCOMPARE(Icon::naturalWidth(IconName::play, Theme::classic()), Theme::classic().iconSize);
-        const qreal plain = Icon::naturalWidth(IconName::play, Theme::shell());
-        QCOMPARE(plain, QFontMetricsF(Theme::shell().labelFont).horizontalAdvance("start"));
-        QVERIFY(Icon::naturalWidth(IconName::minimize, Theme::shell()) < plain);
-
-        // A word is not clipped by a frame narrower than itself.
-        QImage image = blank(QSize(80, 20), 1);
-        QPainter painter(&image);
-        Icon::paint(painter, IconName::styles, Theme::shell(), QRectF(35, 2, 10, 16), Qt::black);
-        painter.end();
-        bool inkedOutsideFrame = false;
-        for (int y = 0; y < 20 && !inkedOutsideFrame; ++y)
-            for (int x = 0; x < 30; ++x)
-                inkedOutsideFrame = inkedOutsideFrame || image.pixel(x, y) != white;
-        QVERIFY(inkedOutsideFrame);
-    }
-
-    void outlines_data()
-    {
-        // In a 40 × 20 rectangle at (10, 10): a point inside the outline and one outside it.
-        table<QString, ShapeKind, QPointF, QPointF>({"case", "shape", "inside", "outside"}, {
-            {"square corners", ShapeKind::rect(), {10.2, 10.2}, {9.8, 20}},
-            {"rounded", ShapeKind::rect(6), {12, 16}, {10.5, 10.5}},
-            {"radius clamped to a capsule", ShapeKind::rect(50), {11, 20}, {12, 12}},
-            {"circle in a wide rect is a capsule", ShapeKind::circle(), {30, 10.5}, {11, 11}},
-            {"notched corner cut", ShapeKind::notched(3), {13.5, 10.5}, {12.5, 12.5}},
-            {"notched far corner", ShapeKind::notched(3), {49.5, 13.5}, {48, 29}},
-        });
-    }
-
-    void outlines()
-    {
-        QFETCH(ShapeKind, shape);
-        QFETCH(QPointF, inside);
-        const QRectF rect(10, 10, 40, 20);
-        QFETCH(QPointF, outside);
-        const QPainterPath path = shapePath(shape, rect);
-        QCOMPARE(path.boundingRect(), rect);
-        QVERIFY(path.contains(inside));
-        QVERIFY(!path.contains(outside));
-    }
-
-    void bordersStayInside_data()
-    {
-        table<QString, ShapeKind, qreal>({"case", "shape", "width"}, {
-            {"rect", ShapeKind::rect(), 3.0},
-            {"rounded", ShapeKind::rect(8), 2.0},
-            {"notched", ShapeKind::notched(4), 4.0},
-            {"circle", ShapeKind::circle(), 2.0},
-        });
-    }
-
-    void bordersStayInside()
-    {
-        QFETCH(ShapeKind, shape);
-        QFETCH(qreal, width);
-        const QRect rect(10, 10, 40, 24);
-        const QColor fill(0x20, 0x80, 0x20), border(0x80, 0x20, 0x20);
-        QImage image = blank(QSize(60, 44));
-        QPainter painter(&image);
-        paintShape(painter, shape, rect, fill, border, width);
-        painter.end();
-
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x)
-                if (!rect.contains(x, y))
-                    QVERIFY2(image.pixel(x, y) == white, qPrintable(QStringLiteral("%1,%2").arg(x).arg(y)));
-        const QPoint mid = rect.center();
-        QCOMPARE(image.pixel(mid), fill.rgb());
-        QCOMPARE(image.pixel(rect.left() + int(width) - 1, mid.y()), border.rgb());
-        QCOMPARE(image.pixel(rect.left() + int(width) + 1, mid.y()), fill.rgb());
-        QCOMPARE(image.pixel(mid.x(), rect.bottom() - int(width) + 1), border.rgb());
-
-        // A clear fill leaves the inside alone: only the ring is drawn.
-        QImage ring = blank(QSize(60, 44));
-        QPainter again(&ring);
-        paintShape(again, shape, rect, Qt::NoBrush, border, width);
-        again.end();
-        QCOMPARE(ring.pixel(mid), white);
-    }
-
-    void separators_data()
-    {
-        table<QString, SeparatorKind, Runs>({"case", "kind", "runs"}, {
-            {"solid", SeparatorKind::solid, {{5, 35}}},
-            {"dotted", SeparatorKind::dotted, {{5, 7}, {11, 13}, {17, 19}, {23, 25}, {29, 31}}},
-            {"dashed", SeparatorKind::dashed, {{5, 13}, {19, 27}, {33, 35}}},
-            {"none", SeparatorKind::none, {}},
-        });
-    }
-
-    void separators()
-    {
-        QFETCH(SeparatorKind, kind);
-        QFETCH(Runs, runs);
-        QImage image = blank(QSize(40, 6));
-        QPainter painter(&image);
-        paintSeparator(painter, kind, QPointF(5, 2), 30, 2, Qt::black);
-        painter.end();
-        QCOMPARE(inkRuns(image, 2), runs);
-        QCOMPARE(inkRuns(image, 3), runs);
-        QVERIFY(inkRuns(image, 1).isEmpty());
-        QVERIFY(inkRuns(image, 4).isEmpty());
     }
 
     void overlaysStayInTheirAreaAndLineUp_data()

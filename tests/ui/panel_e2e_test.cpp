@@ -3,31 +3,19 @@
 // Skipped where Xvfb, xdotool, dbus-daemon or Python's D-Bus and GLib bindings are missing.
 #include "run.h"
 
-#include <QDir>
-#include <QElapsedTimer>
-#include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QStandardPaths>
-#include <QTemporaryDir>
-#include <QTemporaryFile>
 #include <QtTest>
 
 using namespace tock::testing;
 
 namespace {
 
-// Starts `program` and waits for its first line on standard output; empty on failure.
-QString firstLine(QProcess &process, const QString &program, const QStringList &arguments)
+// The next line `process` writes on standard output; empty when none comes in time.
+QByteArray nextLine(QProcess &process, int ms = 20000)
 {
-    process.start(program, arguments);
-    QDeadlineTimer deadline(20000);
+    QDeadlineTimer deadline(ms);
     while (!process.canReadLine() && process.waitForReadyRead(int(deadline.remainingTime()))) {
     }
-    return QString::fromUtf8(process.readLine()).trimmed();
+    return process.readLine().trimmed();
 }
 
 } // namespace
@@ -49,11 +37,7 @@ private:
     QJsonValue ask(const QString &command)
     {
         panel_.write(command.toUtf8() + '\n');
-        QDeadlineTimer deadline(15000);
-        while (!panel_.canReadLine() && panel_.waitForReadyRead(int(deadline.remainingTime()))) {
-        }
-        const QByteArray line = panel_.readLine();
-        return QJsonDocument::fromJson("[" + line + "]").array().at(0);
+        return QJsonDocument::fromJson("[" + nextLine(panel_, 15000) + "]").array().at(0);
     }
     QJsonObject item() { return ask("item").toObject(); }
     QString tooltip() { return ask("tooltip").toArray().at(0).toString(); }
@@ -84,20 +68,13 @@ private Q_SLOTS:
             QSKIP("needs Xvfb, xdotool, dbus-daemon, python3-dbus and python3-gi (scripts/deps installs them)");
 
         env_ = QProcessEnvironment::systemEnvironment();
-        const QString display = startXvfb(xvfb_, xvfb);
-        QVERIFY(!display.isEmpty());
-        const QString address = firstLine(bus_, daemon, {"--session", "--nofork", "--print-address=1"});
+        QVERIFY(startXvfb(xvfb_, xvfb, env_));
+        bus_.start(daemon, {"--session", "--nofork", "--print-address=1"});
+        const QString address = nextLine(bus_);
         QVERIFY2(!address.isEmpty(), bus_.readAllStandardError().constData());
 
-        env_.remove("QT_QPA_PLATFORM");
-        env_.insert("DISPLAY", display);
         env_.insert("DBUS_SESSION_BUS_ADDRESS", address);
-        env_.insert("TOCK_DATA_DIR", home_.path() + "/data");
-        env_.insert("XDG_CONFIG_HOME", home_.path() + "/config");
-        const QString run = home_.path() + "/run";
-        QDir().mkpath(run);
-        QFile(run).setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-        env_.insert("XDG_RUNTIME_DIR", run);
+        useHome(env_, home_.path());
         // The message-bus library keeps a buffer to the end, and Qt's D-Bus module keeps the
         // description it read of the panel's watcher (136 bytes) in its connection, which Qt
         // never frees; neither is Tock's to answer for. Whole call stacks let the second be
@@ -106,7 +83,8 @@ private Q_SLOTS:
         env_.insert("LSAN_OPTIONS", env_.value("LSAN_OPTIONS") + ":fast_unwind_on_malloc=0");
 
         panel_.setProcessEnvironment(env_);
-        QCOMPARE(firstLine(panel_, python, {QStringLiteral(TOCK_PANEL_HOST)}), QString("\"ready\""));
+        panel_.start(python, {QStringLiteral(TOCK_PANEL_HOST)});
+        QCOMPARE(nextLine(panel_), QByteArray("\"ready\""));
     }
 
     void cleanupTestCase()

@@ -5,16 +5,7 @@
 // missing.
 #include "run.h"
 
-#include <QDir>
-#include <QLibraryInfo>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QStandardPaths>
-#include <QTemporaryDir>
-#include <QTemporaryFile>
 #include <QtTest>
-
-#include <memory>
 
 using namespace tock::testing;
 

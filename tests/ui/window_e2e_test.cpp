@@ -11,10 +11,7 @@
 #include "timerrow.h"
 #include "tockwindow.h"
 
-#include <QDir>
 #include <QLocalSocket>
-#include <QStandardPaths>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <unistd.h>
@@ -42,12 +39,11 @@ private:
     {
         return run(QStringLiteral(TOCK_BINARY), QStringList{"--shell"} + lines, environment.value_or(env_));
     }
-    // The terminal alone, on a data folder of its own in `home`.
+    // The terminal alone, on folders of its own in `home`.
     QProcessEnvironment alone(const QTemporaryDir &home) const
     {
         QProcessEnvironment env = env_;
-        env.insert("TOCK_DATA_DIR", home.filePath("data"));
-        env.insert("XDG_CONFIG_HOME", home.filePath("config"));
+        useHome(env, home.path());
         return env;
     }
     // The visible windows called Tock: the main window and any alert.
@@ -61,12 +57,7 @@ private:
         if (folder == Folder::fresh || !home_)
             home_ = std::make_unique<QTemporaryDir>();
         data_ = home_->path() + "/data";
-        const QString run = home_->path() + "/run";
-        QDir().mkpath(run);
-        QFile(run).setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-        env_.insert("TOCK_DATA_DIR", data_);
-        env_.insert("XDG_CONFIG_HOME", home_->path() + "/config");
-        env_.insert("XDG_RUNTIME_DIR", run);
+        useHome(env_, home_->path());
         env_.insert("TMPDIR", home_->path() + "/tmp");
         if (runtime == Runtime::none)
             env_.remove("XDG_RUNTIME_DIR");
@@ -86,10 +77,7 @@ private Q_SLOTS:
         if (xvfb.isEmpty() || xdotool_.isEmpty())
             QSKIP("needs Xvfb and xdotool (scripts/deps installs them)");
         env_ = QProcessEnvironment::systemEnvironment();
-        const QString display = startXvfb(xvfb_, xvfb);
-        QVERIFY(!display.isEmpty());
-        env_.remove("QT_QPA_PLATFORM");
-        env_.insert("DISPLAY", display);
+        QVERIFY(startXvfb(xvfb_, xvfb, env_));
         suppressLeaks(suppressions_, env_, {"libdbus-1.so"}); // the bus library keeps a buffer to the end
     }
 
