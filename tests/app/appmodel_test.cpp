@@ -108,11 +108,8 @@ private Q_SLOTS:
     {
         table<QString, double, double, double, double>({"case", "from", "in", "out", "large"}, {
             {"smallest", 0.7, 0.8, 0.7, 1.1},
-            {"between steps", 0.85, 0.9, 0.8, 0.8},
             {"nearly on a step", 0.8005, 0.9, 0.7, 1.1},
             {"largest", 1.8, 1.8, 1.6, 0.8},
-            {"above the steps", 2.5, 2.5, 1.8, 0.8},
-            {"below the steps", 0.5, 0.7, 0.5, 1.1},
         });
     }
     void zoomSteps()
@@ -181,27 +178,6 @@ private Q_SLOTS:
         for (const auto &spy : spies)
             QVERIFY2(spy->isEmpty(), spy->signal().constData());
         QCOMPARE(f.v.scheduler->pendingCount(), 0);
-    }
-
-    void names_data()
-    {
-        // indexes: -1: an unknown id
-        table<QString, QList<int>, QString>({"case", "indexes", "expected"}, {
-            {"one", {0}, QString::fromUtf8("“Write”")},
-            {"empty name", {1}, QString::fromUtf8("“Untitled”")},
-            {"unknown", {-1}, QStringLiteral("Untitled")},
-            {"several", {0, 1, 2}, QStringLiteral("3 timers")},
-            {"none", {}, QStringLiteral("0 timers")},
-        });
-    }
-    void names()
-    {
-        QFETCH(QList<int>, indexes);
-        ModelFixture f(WithStore::no, {"Write", "", "Read"});
-        QList<QUuid> ids;
-        for (int i : indexes)
-            ids << (i < 0 ? QUuid::createUuid() : f.id(i));
-        QTEST(ModelProbe::names(f.m(), ids), "expected");
     }
 
     // What each way of leaving an open time edit on A does with a valid (1 min) or invalid entry.
