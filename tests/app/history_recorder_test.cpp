@@ -224,14 +224,11 @@ private slots:
         QVERIFY2(report.contains(QRegularExpression(QStringLiteral("\nFocus +00:15:0[01]\n"))), qPrintable(report));
         const QStringList csv = run({"--export", "csv", "all"}).split(QStringLiteral("\r\n"));
         QCOMPARE(csv.size(), 4); // header, interval, adjustment, the empty end
-        QVERIFY2(csv.at(1).contains(QRegularExpression(QStringLiteral(
-                     ",Focus,\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\+00:00,\\d{4}-\\d\\d-\\d\\dT[0-9:]{8}\\+00:00,[0-9.]+,interval$"))),
-                 qPrintable(csv.at(1)));
+        QVERIFY2(csv.at(1).endsWith(QLatin1String(",interval")), qPrintable(csv.at(1)));
         QVERIFY2(csv.at(2).endsWith(QLatin1String(",900,adjustment")), qPrintable(csv.at(2)));
         int status = 0;
-        QCOMPARE(run({"--report", "someday"}, &status),
-                 QStringLiteral("tock: unknown range \u201Csomeday\u201D: use today, yesterday, week, last-week, month, "
-                                "last-month, all, a date YYYY-MM-DD or FROM..TO\n"));
+        const QString unknown = run({"--report", "someday"}, &status); // the words: history_test
+        QVERIFY2(unknown.startsWith(QLatin1String("tock: unknown range")), qPrintable(unknown));
         QCOMPARE(status, 1);
         QCOMPARE(run({"--export", "xml"}, &status),
                  QStringLiteral("tock: export writes csv or json: tock --export csv|json [RANGE]\n"));
