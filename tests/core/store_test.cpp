@@ -498,18 +498,6 @@ private slots:
         }
     }
 
-    void createsTheFolderOrNamesItInTheError()
-    {
-        QTemporaryDir dir;
-        writeFile(dir.path() + "/file", "x");
-        Store refused(dir.path() + "/file/Tock", 5, 600);  // a real fault: a file where a folder should be
-        QCOMPARE(failure([&] { refused.save(snap("x"), 0); }), "Could not create " + dir.path() + "/file/Tock: Not a directory");
-        Store(dir.path() + "/a/b", 5, 600).save(snap("x"), 0);
-        const QByteArray x = snap("x").encoded();
-        QCOMPARE(folderContents(dir.path() + "/a"),
-                 (QMap<QString, QByteArray>{{"b", "<dir>"}, {"b/timers.json", x}, {"b/Backups", "<dir>"}, {"b/Backups/timers-1.json", x}}));
-    }
-
     void aFileCutAtAnyByteLoadsOrFallsBack()
     {
         Fixture f;
@@ -589,25 +577,6 @@ private slots:
         QCOMPARE(readFile(data + "/timers.json"), snap("later").encoded());
         if (!kept.isEmpty())
             QCOMPARE(readFile(data + "/" + kept), found);
-    }
-
-    void defaultDirectory()
-    {
-        // Environment changes stay in this test process, which checks nothing after this.
-#ifdef Q_OS_MACOS
-        const QString standard = QDir::homePath() + "/Library/Application Support/Tock", fromXdg = standard;
-#else
-        const QString standard = QDir::homePath() + "/.local/share/Tock", fromXdg = QStringLiteral("/xdg/Tock");
-#endif
-        qputenv("TOCK_DATA_DIR", "/srv/tock data/~/$HOME");
-        qputenv("XDG_DATA_HOME", "/xdg");
-        QCOMPARE(Store::defaultDirectory(), QStringLiteral("/srv/tock data/~/$HOME"));
-        qputenv("TOCK_DATA_DIR", "");
-        QCOMPARE(Store::defaultDirectory(), fromXdg);
-        qputenv("XDG_DATA_HOME", "relative");
-        QCOMPARE(Store::defaultDirectory(), standard);
-        qunsetenv("XDG_DATA_HOME");
-        QCOMPARE(Store::defaultDirectory(), standard);
     }
 };
 
