@@ -34,7 +34,6 @@ private Q_SLOTS:
             {QDate(2026, 11, 25), Qt::Sunday, QDate(2026, 11, 22)},
             {QDate(2026, 11, 23), Qt::Monday, QDate(2026, 11, 23)},
             {QDate(2026, 11, 22), Qt::Monday, QDate(2026, 11, 16)},
-            {QDate(2027, 1, 1), Qt::Monday, QDate(2026, 12, 28)},
         });
     }
     void weekStartsOnTheLocalesDay()
