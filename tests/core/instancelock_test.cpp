@@ -113,7 +113,6 @@ private slots:
     {
         table<QString, QString, bool>({"case", "change", "covers"}, {
             {"unchanged", "", true},
-            {"moved", "mv", false},
             {"moved and back", "mv back", true},
             {"deleted", "rm", false},
             {"replaced by a new folder", "replace", false},

@@ -521,7 +521,6 @@ private slots:
         // found: a timers.json written there meanwhile
         // kept: where it ends up
         table<QString, QString, QByteArray, QString>({"case", "change", "found", "kept"}, {
-            {"moved", "mv", {}, ""},
             {"replaced, theirs valid", "mv", snap("theirs").encoded(), "Backups/timers-1.json"},
             {"replaced, theirs damaged", "rm", QByteArray("{"), "Damaged/" + stampText + "-timers.json"},
             {"another copy holds it", "other", {}, ""},
