@@ -54,14 +54,6 @@ struct HistoryFixture : ModelFixture {
         const Recorded r = of(id);
         return r.intervals + r.adjustments;
     }
-    std::optional<History::Timer> known(const QUuid &id)
-    {
-        for (const History::Timer &t : h().timers()) {
-            if (t.id == id)
-                return t;
-        }
-        return std::nullopt;
-    }
 };
 
 } // namespace
