@@ -135,7 +135,6 @@ private Q_SLOTS:
     {
         const QStringList abc{"A", "B", "C"};
         table<QString, ControlReply, QStringList>({"line", "reply", "names"}, {
-            {"add X", ControlReply{{"added “X” as 4"}}, {"A", "B", "C", "X"}},
             {"rm 2", ControlReply{{"deleted “B” · undo brings it back"}}, {"A", "C"}},
             {"bogus", ControlReply{{"unknown command: bogus (type help)"}, true, true}, abc},
             {"clear", ControlReply{}, abc},
