@@ -29,10 +29,9 @@ private Q_SLOTS:
 
     void failedSaveShowsTheSystemTextAndRetriesAboutOnceASecond()
     {
-        QTemporaryDir root;
-        const QString folder = root.filePath("data");
-        writeFile(folder, "in the way"); // a file where the folder should be
         ModelFixture f(WithStore::no);
+        const QString folder = f.dir.filePath("data");
+        writeFile(folder, "in the way"); // a file where the folder should be
         f.store = std::make_shared<Store>(folder, 5, 600);
         f.make(ModelFixture::board({"A"}));
         const Instant start = f.v.clock->now();
@@ -85,7 +84,6 @@ private Q_SLOTS:
     {
         ModelFixture f(WithStore::no);
         const QString folder = f.dir.path();
-        QVERIFY(QDir(folder).mkpath("Backups"));
         writeFile(folder + "/timers.json", "{ damaged");
         writeFile(folder + "/Backups/timers-1.json", Snapshot(ModelFixture::board({"Kept"}), QString("amber"), 1000).encoded());
         writeFile(folder + "/Damaged", "not a folder");

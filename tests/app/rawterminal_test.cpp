@@ -163,7 +163,6 @@ private Q_SLOTS:
     void restoresTheTerminal_data()
     {
         table<QString, QByteArray, int, bool>({"case", "keys", "signal", "crashes"}, {
-            {"Ctrl-D", QByteArray("\x15\x04"), 0, false},
             {"exit", QByteArray("\x15" "exit\r"), 0, false},
             {"Ctrl-C does not end it, Ctrl-D does", QByteArray("\x03\x04"), 0, false},
             {"SIGTERM", QByteArray(), SIGTERM, false},

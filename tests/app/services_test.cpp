@@ -60,25 +60,6 @@ private Q_SLOTS:
         QCOMPARE(cancelledRuns, 0);
         real.scheduler->cancel(repeating); // already gone: harmless
     }
-
-    // The terminal holds its settings until the end and hands on only what changed, so a run
-    // that changed nothing does not rewrite the settings file.
-    void heldSettingsHandOnOnlyChanges()
-    {
-        const auto inner = std::make_shared<MemorySettings>();
-        inner->setValue("kept", QStringList{"a", "b"});
-        inner->setValue("gone", 1);
-        HeldSettings held(inner);
-        held.setValue("kept", QStringList{"a", "b"});
-        held.setValue("new", 2);
-        held.remove("gone");
-        held.remove("never");
-        QCOMPARE(held.value("new"), std::optional<QVariant>(2));
-        QCOMPARE(inner->writes().size(), 2); // nothing reaches the inner settings before commit
-        held.commit();
-        QCOMPARE(inner->writes().mid(2), (QStringList{"gone", "new"}));
-        QCOMPARE(inner->value("gone"), std::nullopt);
-    }
 };
 
 QTEST_GUILESS_MAIN(ServicesTest)

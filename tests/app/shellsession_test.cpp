@@ -4,6 +4,7 @@
 #include "text.h"
 #include "timevalues.h"
 #include "modelfixture.h"
+#include "table.h"
 
 #include <QRegularExpression>
 #include <QTest>
@@ -55,31 +56,26 @@ class ShellSessionTest : public QObject {
 private Q_SLOTS:
     void commands_data()
     {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<QStringList>("output");
-        QTest::addColumn<QString>("board"); // null: unchanged
-        QTest::addColumn<int>("style");     // -1: unchanged
-
-        const auto row = [](const char *line, QStringList output, QString board, int style = -1) {
-            QTest::newRow(line) << QString::fromUtf8(line) << output << board << style;
-        };
-        row("add Lunch break", {"added “Lunch break” as 4"}, start + ", Lunch break 00:00:00");
-        row("start all", {"started 2 timers"}, "Deep work 00:01:40*, Design 00:00:00*, Email 01:00:00*");
-        row("start design", {"already running"}, {});
-        row("pause all", {"paused “Design”"}, "Deep work 00:01:40, Design 00:00:00, Email 01:00:00");
-        row("toggle email", {"started “Email”"}, "Deep work 00:01:40, Design 00:00:00*, Email 01:00:00*");
-        row("reset all", {"reset 3 timers"}, "Deep work 00:00:00, Design 00:00:00, Email 00:00:00");
-        row("rm 1", {"deleted “Deep work” · undo brings it back"}, "Design 00:00:00*, Email 01:00:00");
-        row("del all", {"deleted 3 timers · undo brings them back"}, "");
-        row("rename deep Focus  time", {"renamed “Deep work” to “Focus time”"}, "Focus time 00:01:40, Design 00:00:00*, Email 01:00:00");
-        row("set 1 1:30:00", {"“Deep work” is now 01:30:00"}, "Deep work 01:30:00, Design 00:00:00*, Email 01:00:00");
-        row("set 1 +15m", {"“Deep work” is now 00:16:40"}, "Deep work 00:16:40, Design 00:00:00*, Email 01:00:00");
-        row("set design 90", {"“Design” is now 00:01:30"}, "Deep work 00:01:40, Design 00:01:30*, Email 01:00:00");
-        row("set email +999:00:00", {"! too long: the most is 999:59:59"}, {});
-        row("mv 1 3", {"moved “Deep work” to 3"}, "Design 00:00:00*, Email 01:00:00, Deep work 00:01:40");
-        row("style Neo Classic", {"style neo-classic"}, {}, int(StyleID::classic));
-        row("undo", {"! nothing to undo"}, {});
-        row("redo", {"! nothing to redo"}, {});
+        // board: null when unchanged; style: -1 when unchanged
+        table<QString, QStringList, QString, int>({"line", "output", "board", "style"}, {
+            {"add Lunch break", {"added “Lunch break” as 4"}, start + ", Lunch break 00:00:00", -1},
+            {"start all", {"started 2 timers"}, "Deep work 00:01:40*, Design 00:00:00*, Email 01:00:00*", -1},
+            {"start design", {"already running"}, {}, -1},
+            {"pause all", {"paused “Design”"}, "Deep work 00:01:40, Design 00:00:00, Email 01:00:00", -1},
+            {"toggle email", {"started “Email”"}, "Deep work 00:01:40, Design 00:00:00*, Email 01:00:00*", -1},
+            {"reset all", {"reset 3 timers"}, "Deep work 00:00:00, Design 00:00:00, Email 00:00:00", -1},
+            {"rm 1", {"deleted “Deep work” · undo brings it back"}, "Design 00:00:00*, Email 01:00:00", -1},
+            {"del all", {"deleted 3 timers · undo brings them back"}, "", -1},
+            {"rename deep Focus  time", {"renamed “Deep work” to “Focus time”"}, "Focus time 00:01:40, Design 00:00:00*, Email 01:00:00", -1},
+            {"set 1 1:30:00", {"“Deep work” is now 01:30:00"}, "Deep work 01:30:00, Design 00:00:00*, Email 01:00:00", -1},
+            {"set 1 +15m", {"“Deep work” is now 00:16:40"}, "Deep work 00:16:40, Design 00:00:00*, Email 01:00:00", -1},
+            {"set design 90", {"“Design” is now 00:01:30"}, "Deep work 00:01:40, Design 00:01:30*, Email 01:00:00", -1},
+            {"set email +999:00:00", {"! too long: the most is 999:59:59"}, {}, -1},
+            {"mv 1 3", {"moved “Deep work” to 3"}, "Design 00:00:00*, Email 01:00:00, Deep work 00:01:40", -1},
+            {"style Neo Classic", {"style neo-classic"}, {}, int(StyleID::classic)},
+            {"undo", {"! nothing to undo"}, {}, -1},
+            {"redo", {"! nothing to redo"}, {}, -1},
+        });
     }
 
     void commands()

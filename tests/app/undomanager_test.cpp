@@ -1,7 +1,7 @@
-// The undo manager's stack discipline, which the model's tokens and toasts build on.
+// The undo manager's stack discipline, which the model's tokens and toasts build on. Its groups
+// are the shell's multi-timer commands (shellsession_test, the self-check's rm all).
 #include "undomanager.h"
 
-#include <QSignalSpy>
 #include <QTest>
 
 using namespace tock;
@@ -47,56 +47,6 @@ private Q_SLOTS:
         m.registerUndo([] {}); // a step without an inverse leaves no redo
         m.undo();
         QVERIFY(!m.canUndo() && !m.canRedo());
-    }
-
-    // As `rm all` uses it: one step, undone in reverse, whose redo is again one step.
-    void groupIsOneStepUndoneInReverse()
-    {
-        UndoManager m;
-        m.beginGrouping();
-        m.endGrouping(); // an empty group adds nothing
-        QVERIFY(!m.canUndo());
-        QStringList order;
-        std::function<void(QString)> remove = [&](const QString &what) {
-            order << what;
-            m.registerUndo([&, what] { remove(what); });
-        };
-        m.beginGrouping();
-        m.registerUndo([&] { remove("a"); });
-        m.beginGrouping(); // nested groups fold into the outer one
-        m.registerUndo([&] { remove("b"); });
-        m.endGrouping();
-        m.registerUndo([&] { remove("c"); });
-        m.setActionName("Delete Timer");
-        QVERIFY(!m.canUndo()); // nothing lands before the group closes
-        m.endGrouping();
-        QCOMPARE(m.groupingLevel(), 0);
-        m.undo();
-        QCOMPARE(order, (QStringList{"c", "b", "a"}));
-        QVERIFY(!m.canUndo());
-        QCOMPARE(m.redoActionName(), "Delete Timer"); // inherited
-        m.redo();
-        QCOMPARE(order, (QStringList{"c", "b", "a", "a", "b", "c"}));
-        QVERIFY(!m.canRedo());
-        m.undo();
-        QCOMPARE(order.size(), 9);
-        QVERIFY(!m.canUndo());
-    }
-
-    void changedSignalAndRemoveAll()
-    {
-        UndoManager m;
-        Counter c{m};
-        QSignalSpy spy(&m, &UndoManager::changed);
-        c.add(1);
-        QVERIFY(spy.count() >= 1);
-        spy.clear();
-        m.undo();
-        m.removeAllActions();
-        QCOMPARE(spy.count(), 2);
-        QVERIFY(!m.canUndo() && !m.canRedo());
-        m.undo(); // nothing to undo: harmless
-        m.redo();
     }
 };
 

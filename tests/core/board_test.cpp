@@ -6,9 +6,7 @@
 #include "styleid.h"
 #include "table.h"
 
-#include <QCoreApplication>
 #include <QHash>
-#include <QProcess>
 #include <QTest>
 
 #include <cmath>
@@ -149,17 +147,6 @@ private slots:
         }
     }
 
-    void moveOutsideTheBoardStops()
-    {
-        for (const QString offset : {"2", "-1"}) {
-            QProcess child; // main() below performs the bad move
-            child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--bad-move"), offset});
-            QVERIFY(child.waitForFinished(30000));
-            QCOMPARE(child.exitStatus(), QProcess::CrashExit);
-            QVERIFY(child.readAllStandardError().contains("tock: fatal: move offset outside the board"));
-        }
-    }
-
     // An invalid draft is refused; an unchanged one leaves a running timer alone.
     void commit()
     {
@@ -230,16 +217,5 @@ private slots:
     }
 };
 
-int main(int argc, char **argv)
-{
-    if (argc == 3 && qstrcmp(argv[1], "--bad-move") == 0) { // expected to stop the program
-        Board board = lettered("AB");
-        board.move(QByteArray(argv[2]).toLongLong(), 0);
-        return 0;
-    }
-    QCoreApplication app(argc, argv);
-    BoardTest test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_GUILESS_MAIN(BoardTest)
 #include "board_test.moc"
