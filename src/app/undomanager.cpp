@@ -132,14 +132,6 @@ void UndoManager::push(Step step)
         lastTarget_->erase(lastTarget_->begin());
 }
 
-void UndoManager::removeAllActions()
-{
-    undoStack_.clear();
-    redoStack_.clear();
-    lastTarget_ = nullptr;
-    Q_EMIT changed();
-}
-
 bool UndoManager::isNextUndo(const QUuid &token) const
 {
     if (undoStack_.empty() || token.isNull())

@@ -37,7 +37,6 @@ public:
     bool isUndoing() const;
     void undo();
     void redo();
-    void removeAllActions();
 
     // The step undo() would run next holds `token` (in its newest handler) not yet carried out.
     bool isNextUndo(const QUuid &token) const;

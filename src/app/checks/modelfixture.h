@@ -22,7 +22,6 @@ struct ModelProbe {
     static void tick(AppModel &m) { m.onTick(); }
     static void save(AppModel &m) { m.save(); }
     static void showToast(AppModel &m, const Toast &toast) { m.showToast(toast); }
-    static QString names(const AppModel &m, const QList<QUuid> &ids) { return m.shell().names(ids); }
     static bool isTicking(const AppModel &m) { return m.tickTask_ != 0; }
     static Instant lastSave(const AppModel &m) { return m.lastSave_; }
     static Instant now(const AppModel &m) { return m.now_; }
