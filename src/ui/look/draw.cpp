@@ -213,7 +213,10 @@ void text(QPainter &painter, const QRectF &rect, Qt::Alignment alignment, const 
     const QFont font = onWholePixels(given, painter.deviceTransform().m11() * k);
     painter.setFont(font);
     const QFontMetricsF metrics(font);
-    const QString shown = metrics.elidedText(string, Qt::ElideRight, (rect.width() + 1.5) / k);
+    // Spacing made whole pixels can add up to half a pixel a letter: a text the layout measured
+    // as fitting is drawn whole, not elided for that.
+    const bool fits = QFontMetricsF(given).horizontalAdvance(string) <= rect.width() + 1.5;
+    const QString shown = fits ? string : metrics.elidedText(string, Qt::ElideRight, (rect.width() + 1.5) / k);
     // A grid font is drawn a little larger or smaller, from a whole device pixel, so each of its
     // cells covers whole pixels: strokes stay even at every zoom.
     const qreal width = metrics.horizontalAdvance(shown) * k;
@@ -246,7 +249,9 @@ void glowText(QPainter &painter, const QRectF &rect, Qt::Alignment alignment, co
     const qreal k = grid.value_or(1);
     const QFont font = grid ? onWholePixels(given, painter.deviceTransform().m11() * k) : given;
     painter.setFont(font);
-    const QString shown = QFontMetricsF(font).elidedText(string, Qt::ElideRight, (rect.width() + 1.5) / k);
+    const bool fits = QFontMetricsF(given).horizontalAdvance(string) <= rect.width() + 1.5; // as in text()
+    const QString shown =
+        fits ? string : QFontMetricsF(font).elidedText(string, Qt::ElideRight, (rect.width() + 1.5) / k);
     QStaticText laidOut(shown);
     laidOut.setTextFormat(Qt::PlainText);
     laidOut.prepare(painter.transform(), font);
