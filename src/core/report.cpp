@@ -295,11 +295,6 @@ QString reportDuration(double seconds)
         .arg(a % 60, 2, 10, QLatin1Char('0'));
 }
 
-QString isoLocal(Instant instant)
-{
-    return LocalIso()(instant);
-}
-
 QString LocalIso::operator()(Instant instant)
 {
     const int64_t secs = int64_t(std::floor(instant));

@@ -74,13 +74,10 @@ QByteArray exportHistory(ExportFormat format, const QList<History::Interval> &in
                          const QList<History::Adjustment> &adjustments, const QList<History::Timer> &timers,
                          Instant now);
 
-// "2026-11-25T09:00:00+01:00": whole seconds, local time with its offset.
-QString isoLocal(Instant instant);
-
-// isoLocal for many instants. Local time through QDateTime asks the C library, which looks at the
-// zone file again at every call; this reads the system's zone once and keeps each offset for as
-// long as the zone keeps it, so an export of years of runs does not look hundreds of thousands
-// of times.
+// Instants as "2026-11-25T09:00:00+01:00": whole seconds, local time with its offset. Local time
+// through QDateTime asks the C library, which looks at the zone file again at every call; this
+// reads the system's zone once and keeps each offset for as long as the zone keeps it, so an
+// export of years of runs does not look hundreds of thousands of times.
 class LocalIso {
 public:
     QString operator()(Instant instant);

@@ -218,8 +218,8 @@ private slots:
     {
         QFETCH(qint64, utc);
         QFETCH(QString, local);
-        QCOMPARE(isoLocal(double(utc)), local);
-        QCOMPARE(isoLocal(double(utc) + 0.75), local);
+        QCOMPARE(LocalIso()(double(utc)), local);
+        QCOMPARE(LocalIso()(double(utc) + 0.75), local);
         // One formatter across all rows, as an export uses it: the offset it keeps from the
         // last row must not leak across a change, forwards or back.
         static LocalIso shared;
@@ -245,7 +245,7 @@ private slots:
                                 "\"2026-11-25T09:30:00+01:00\", \"end\": null, \"seconds\": 10, \"kind\": \"interval\"}\n]\n")
                      .arg(e));
         QCOMPARE(exportHistory(ExportFormat::json, {}, {}, {}, now), QByteArray("[]\n"));
-        QCOMPARE(isoLocal(at("2026-07-01T12:00:00")), QStringLiteral("2026-07-01T12:00:00+02:00"));
+        QCOMPARE(LocalIso()(at("2026-07-01T12:00:00")), QStringLiteral("2026-07-01T12:00:00+02:00"));
     }
 };
 
