@@ -92,10 +92,10 @@ StartingValues StartingValues::from(const Store::LoadResult &result, bool awaiti
             } else if constexpr (std::is_same_v<R, Store::LoadResult::Unreadable>) {
                 return {Board(), std::nullopt, StorageNotice::unreadable(r.reasons)};
             } else {
-                Board board;
+                Board fresh;
                 for (int i = 0; i < 3; ++i)
-                    board.add();
-                return {board, std::nullopt, std::nullopt};
+                    fresh.add();
+                return {fresh, std::nullopt, std::nullopt};
             }
         },
         result.value);
